@@ -3,5 +3,7 @@
 
 #include <morvane/core/literals.h>
 #include <morvane/core/object.h>
+#include <morvane/encodings/string_utility.h>
+#include <morvane/encodings/ucs.h>
 #include <morvane/platform/critical_section.h>
 #include <morvane/platform/debug_channel.h>
