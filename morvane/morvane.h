@@ -15,3 +15,10 @@
 #include <morvane/platform/critical_section.h>
 #include <morvane/platform/debug_channel.h>
 #include <morvane/platform/shown_text.h>
+#include <morvane/streams/file_stream.h>
+#include <morvane/streams/file_utility.h>
+#include <morvane/streams/handle_stream.h>
+#include <morvane/streams/memory_stream.h>
+#include <morvane/streams/persistant.h>
+#include <morvane/streams/reader.h>
+#include <morvane/streams/stream.h>
