@@ -22,3 +22,8 @@
 #include <morvane/streams/persistant.h>
 #include <morvane/streams/reader.h>
 #include <morvane/streams/stream.h>
+#include <morvane/strings/data_string.h>
+#include <morvane/strings/named_object.h>
+#include <morvane/strings/string.h>
+#include <morvane/strings/string_parser.h>
+#include <morvane/strings/wide_string.h>
