@@ -8,10 +8,15 @@
 #include <morvane/components/ipersistent.h>
 #include <morvane/components/istream.h>
 #include <morvane/components/iunknown.h>
+#include <morvane/core/exception.h>
 #include <morvane/core/literals.h>
+#include <morvane/core/memory_exception.h>
 #include <morvane/core/object.h>
 #include <morvane/encodings/string_utility.h>
 #include <morvane/encodings/ucs.h>
+#include <morvane/imaging/color.h>
+#include <morvane/imaging/image.h>
+#include <morvane/imaging/palette.h>
 #include <morvane/platform/critical_section.h>
 #include <morvane/platform/debug_channel.h>
 #include <morvane/platform/shown_text.h>
