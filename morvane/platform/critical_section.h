@@ -5,15 +5,20 @@
 #include <cstdint>
 #include <morvane/export.h>
 
-/// A mutual exclusion lock; not recursive, not copyable.
+namespace morvane::platform {
+class CriticalSectionGuard;
+}
+
+/// A mutual exclusion lock; not recursive, not copyable. It needs no clean-up, and one in static storage is ready
+/// before any constructor runs.
 ///
 /// Cost: one atomic instruction to enter and one to leave where nobody waits, none in a process of one thread.
 /// Threads: any thread may enter; the one that entered leaves.
 struct MORVANE_EXPORT _RTL_CRITICAL_SECTION {
 public:
-    _RTL_CRITICAL_SECTION() noexcept;
+    constexpr _RTL_CRITICAL_SECTION() noexcept = default;
     _RTL_CRITICAL_SECTION(_RTL_CRITICAL_SECTION const &) = delete;
-    ~_RTL_CRITICAL_SECTION();
+    ~_RTL_CRITICAL_SECTION() = default;
 
     _RTL_CRITICAL_SECTION & operator=(_RTL_CRITICAL_SECTION const &) = delete;
 
@@ -23,5 +28,8 @@ public:
     void leave() noexcept;
 
 private:
-    std::atomic<std::int32_t> state;
+    friend class morvane::platform::CriticalSectionGuard;
+
+    /// 0: free; 1: held; 2: held, and another thread may wait.
+    std::atomic<std::int32_t> state{0};
 };

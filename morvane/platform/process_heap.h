@@ -5,8 +5,9 @@
 
 namespace morvane::platform {
 
-/// A block of at least `bytes` bytes (0 counts as 1), aligned to 8, or to 16 from 16 bytes on; cleared when `zeroed`; null when the system refuses.
-/// Any thread may call it.
+/// A block of at least `bytes` bytes (0 counts as 1), aligned to 8, and to 16 where `bytes` is a multiple of 16;
+/// cleared when `zeroed`; null when the system refuses. Blocks that are asked for one after the other mostly lie one
+/// after the other. Any thread may call it.
 void * heapAllocate(std::size_t bytes, bool zeroed) noexcept;
 
 /// Takes a block back, on any thread. Null is ignored.
