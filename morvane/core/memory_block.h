@@ -131,6 +131,9 @@ private:
     std::uint32_t get_unitCount() const;
     std::uint16_t get_unitSize() const;
 
+    static morvane::MemoryChain * shareChain(_MemoryBlock const & other);
+    void leaveChain();
+
     std::uint32_t allocationCount;
     std::uint32_t unallocationCount;
     std::uint16_t unitSize;

@@ -64,8 +64,10 @@ private:
     void set_memoryBlock1024(_MemoryBlock * block);
 
     void createPools(std::uint32_t size);
-    void joinSharers(_MemoryManager const & other);
-    void leaveSharers();
+    void sharePools(_MemoryManager const & other);
+    void leavePools();
+
+    static constexpr std::uint32_t defaultNodeBytes = 262144;
 
     _Memory memoryAllocator;
     _MemoryBlock * memoryBlock16;

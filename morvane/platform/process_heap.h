@@ -5,6 +5,9 @@
 
 namespace morvane::platform {
 
+/// What names the process heap; never null.
+void * processHeap() noexcept;
+
 /// A block of at least `bytes` bytes (0 counts as 1), aligned to 8, and to 16 where `bytes` is a multiple of 16;
 /// cleared when `zeroed`; null when the system refuses. Blocks that are asked for one after the other mostly lie one
 /// after the other. Any thread may call it.

@@ -4,13 +4,16 @@
 
 namespace morvane::platform {
 
-void * heapAllocate(std::size_t bytes, bool zeroed) noexcept
-{
+void * processHeap() noexcept {
+    static char name;
+    return &name;
+}
+
+void * heapAllocate(std::size_t bytes, bool zeroed) noexcept {
     return zeroed ? std::calloc(1, bytes != 0 ? bytes : 1) : std::malloc(bytes != 0 ? bytes : 1);
 }
 
-void heapFree(void * block) noexcept
-{
+void heapFree(void * block) noexcept {
     std::free(block);
 }
 

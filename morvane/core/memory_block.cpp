@@ -1,0 +1,375 @@
+#include <morvane/core/memory_block.h>
+
+#include <charconv>
+#include <cstring>
+#include <limits>
+#include <morvane/core/lifecycle.h>
+#include <morvane/core/memory.h>
+#include <morvane/core/memory_chain.h>
+#include <morvane/platform/critical_section_guard.h>
+#include <morvane/platform/debug_output.h>
+#include <new>
+
+using morvane::MemoryChain;
+using morvane::platform::CriticalSectionGuard;
+
+namespace {
+
+constexpr std::uint32_t partHeaderBytes = 8;
+static_assert(sizeof(_MemoryBlock::_MemoryPart) == partHeaderBytes);
+
+constexpr std::uint32_t nodeHeadBytes = 16;
+static_assert(sizeof(_MemoryBlock::_MemoryNode) <= nodeHeadBytes);
+
+/// An index has 16 bits.
+constexpr std::uint32_t mostUnits = 65536;
+
+constexpr std::uint32_t indexBytes = 2;
+
+char * bytesOf(void * pointer) {
+    return static_cast<char *>(pointer);
+}
+
+std::uint16_t loadIndex(void const * entry) {
+    std::uint16_t index = 0;
+    std::memcpy(&index, entry, sizeof(index));
+    return index;
+}
+
+void storeIndex(void * entry, std::uint16_t index) {
+    std::memcpy(entry, &index, sizeof(index));
+}
+
+} // namespace
+
+_MemoryBlock::_MemoryBlock(std::uint16_t size, std::uint32_t count)
+    : allocationCount(0), unallocationCount(0), unitSize(size), unitCount(count), chain(MemoryChain::create()) {}
+
+_MemoryBlock::_MemoryBlock(_MemoryBlock const & other)
+    : allocationCount(other.allocationCount), unallocationCount(other.unallocationCount), unitSize(other.unitSize),
+      unitCount(other.unitCount), chain(shareChain(other)) {}
+
+_MemoryBlock::~_MemoryBlock() {
+    leaveChain();
+}
+
+_MemoryBlock & _MemoryBlock::operator=(_MemoryBlock const & other) {
+    if (this == &other) {
+        return *this;
+    }
+    MemoryChain * const shared = shareChain(other);
+    leaveChain();
+    chain = shared;
+    allocationCount = other.allocationCount;
+    unallocationCount = other.unallocationCount;
+    unitSize = other.unitSize;
+    unitCount = other.unitCount;
+    return *this;
+}
+
+void * _MemoryBlock::allocate(bool zeroFill) {
+    if (chain == nullptr) {
+        return nullptr;
+    }
+    CriticalSectionGuard const guard(chain->protect);
+    _MemoryNode * node = chain->first;
+    while (node != nullptr && isFull(node)) {
+        node = node->next;
+    }
+    if (node == nullptr) {
+        node = createNode();
+        if (node == nullptr) {
+            return nullptr;
+        }
+        fillStack(node);
+        fillData(node);
+        if (chain->first == nullptr) {
+            chain->first = node;
+        } else {
+            insert(node);
+        }
+    }
+    return createPointer(node, zeroFill);
+}
+
+void _MemoryBlock::unallocate(void * pointer) {
+    unallocatePart(pointerToMemoryPart(pointer));
+}
+
+void _MemoryBlock::unallocatePart(_MemoryPart * part) {
+    if (chain == nullptr) {
+        return;
+    }
+    CriticalSectionGuard const guard(chain->protect);
+    auto const address = reinterpret_cast<std::uintptr_t>(part);
+    _MemoryNode * node = chain->first;
+    while (node != nullptr && address - reinterpret_cast<std::uintptr_t>(node) - headSize() > dataSize()) {
+        node = node->next;
+    }
+    if (node == nullptr) {
+        return;
+    }
+    destroyPart(part, node);
+    if (isEmpty(node) && node != chain->first) {
+        remove(node);
+        destroyNode(node);
+    }
+}
+
+void _MemoryBlock::traceConsole() const {
+    if (!morvane::platform::isDebugListening()) {
+        return;
+    }
+    unsigned short int line[100];
+    unsigned short int * end = line;
+    auto const putText = [&end](char const * text) {
+        while (*text != 0) {
+            *end++ = static_cast<unsigned char>(*text++);
+        }
+    };
+    auto const putNumber = [&putText](std::uint32_t number) {
+        char digits[16]{};
+        std::to_chars(digits, digits + sizeof(digits) - 1, static_cast<std::int32_t>(number));
+        putText(digits);
+    };
+    putText("unitSize:");
+    putNumber(unitSize);
+    putText(" [allocCount:");
+    putNumber(allocationCount);
+    putText(", unallocCount:");
+    putNumber(unallocationCount);
+    putText("]\r\n");
+    *end = 0;
+    morvane::platform::debugOutput(line);
+}
+
+void * _MemoryBlock::memoryPartToPointer(_MemoryPart * part) {
+    return reinterpret_cast<void *>(reinterpret_cast<std::uintptr_t>(part) + partHeaderBytes);
+}
+
+_MemoryBlock::_MemoryPart * _MemoryBlock::pointerToMemoryPart(void * pointer) {
+    return reinterpret_cast<_MemoryPart *>(reinterpret_cast<std::uintptr_t>(pointer) - partHeaderBytes);
+}
+
+void _MemoryBlock::set_allocationCount(std::uint32_t count) {
+    allocationCount = count;
+}
+
+void _MemoryBlock::set_first(_MemoryNode * node) {
+    if (chain != nullptr && chain->first == node) {
+        return;
+    }
+    if (chain != nullptr && chain->sharers.load(std::memory_order_acquire) > 1) {
+        leaveChain();
+        chain = nullptr;
+    }
+    if (chain == nullptr) {
+        chain = MemoryChain::create();
+    }
+    if (chain != nullptr) {
+        chain->first = node;
+    }
+}
+
+void _MemoryBlock::set_unallocationCount(std::uint32_t count) {
+    unallocationCount = count;
+}
+
+void _MemoryBlock::set_unitCount(std::uint32_t count) {
+    unitCount = count;
+}
+
+void _MemoryBlock::set_unitSize(std::uint16_t size) {
+    unitSize = size;
+}
+
+_MemoryBlock::_MemoryNode * _MemoryBlock::createNode() {
+    auto const parts = (std::uint64_t{unitSize} + partHeaderBytes + indexBytes) * unitCount;
+    if (unitCount == 0 || unitCount > mostUnits || parts + nodeHeadBytes > std::numeric_limits<std::uint32_t>::max()
+        || globalProcessMemory == nullptr) {
+        return nullptr;
+    }
+    void * const block = globalProcessMemory->heapAllocate(nodeSize(), true);
+    return block != nullptr ? new (block) _MemoryNode{nullptr, unitCount} : nullptr;
+}
+
+void _MemoryBlock::destroyNode(_MemoryNode * node) {
+    if (globalProcessMemory != nullptr) {
+        globalProcessMemory->heapUnallocate(node);
+    }
+}
+
+void * _MemoryBlock::createPointer(_MemoryNode * node, bool zeroFill) {
+    if (node == nullptr || node->freeCount == 0) {
+        return nullptr;
+    }
+    --node->freeCount;
+    std::uint16_t const index = loadIndex(getStack(node) + node->freeCount);
+    void * const pointer = memoryPartToPointer(getPart(node, index));
+    if (zeroFill) {
+        std::memset(pointer, 0, unitSize);
+    }
+    ++allocationCount;
+    return pointer;
+}
+
+void _MemoryBlock::destroyPart(_MemoryPart * part, _MemoryNode * node) {
+    if (node == nullptr || part == nullptr || node->freeCount >= unitCount) {
+        return;
+    }
+    // A header that was overwritten must not bring an index outside the node onto the stack.
+    std::uint16_t const index = loadIndex(part);
+    if (index >= unitCount) {
+        return;
+    }
+    storeIndex(getStack(node) + node->freeCount, index);
+    ++node->freeCount;
+    ++unallocationCount;
+}
+
+void _MemoryBlock::fillData(_MemoryNode * node) {
+    if (node == nullptr) {
+        return;
+    }
+    char * part = bytesOf(node) + headSize();
+    std::uint32_t const step = partSize();
+    for (std::uint32_t index = 0; index < unitCount; ++index, part += step) {
+        _MemoryPart const header{static_cast<std::uint16_t>(index), unitSize, 0};
+        std::memcpy(part, &header, sizeof(header));
+    }
+}
+
+void _MemoryBlock::fillStack(_MemoryNode * node) {
+    if (node == nullptr) {
+        return;
+    }
+    char * entry = bytesOf(getStack(node));
+    for (std::uint32_t index = unitCount; index != 0; entry += indexBytes) {
+        storeIndex(entry, static_cast<std::uint16_t>(--index));
+    }
+}
+
+void _MemoryBlock::freeChain() {
+    if (chain == nullptr) {
+        return;
+    }
+    CriticalSectionGuard const guard(chain->protect);
+    while (chain->first != nullptr) {
+        _MemoryNode * const node = chain->first;
+        chain->first = node->next;
+        destroyNode(node);
+    }
+}
+
+_MemoryBlock::_MemoryNode * _MemoryBlock::getFirstNode() const {
+    return get_first();
+}
+
+_MemoryBlock::_MemoryNode * _MemoryBlock::getLastNode() const {
+    _MemoryNode * last = get_first();
+    while (last != nullptr && last->next != nullptr) {
+        last = last->next;
+    }
+    return last;
+}
+
+_MemoryBlock::_MemoryNode * _MemoryBlock::getPreviousNode(_MemoryNode * node) const {
+    _MemoryNode * previous = get_first();
+    while (previous != nullptr && previous->next != node) {
+        previous = previous->next;
+    }
+    return previous;
+}
+
+_MemoryBlock::_MemoryPart * _MemoryBlock::getPart(_MemoryNode * node, std::uint32_t index) const {
+    return reinterpret_cast<_MemoryPart *>(bytesOf(node) + headSize() + std::size_t{partSize()} * index);
+}
+
+std::uint16_t * _MemoryBlock::getStack(_MemoryNode * node) const {
+    return reinterpret_cast<std::uint16_t *>(bytesOf(node) + headSize() + dataSize());
+}
+
+void _MemoryBlock::insert(_MemoryNode * node) {
+    insertAfter(getLastNode(), node);
+}
+
+void _MemoryBlock::insertAfter(_MemoryNode * node, _MemoryNode * inserted) {
+    if (node != nullptr && inserted != nullptr) {
+        inserted->next = node->next;
+        node->next = inserted;
+    }
+}
+
+void _MemoryBlock::remove(_MemoryNode * node) {
+    if (chain == nullptr || node == nullptr) {
+        return;
+    }
+    if (chain->first == node) {
+        chain->first = node->next;
+    } else if (_MemoryNode * const previous = getPreviousNode(node); previous != nullptr) {
+        previous->next = node->next;
+    }
+}
+
+bool _MemoryBlock::isEmpty(_MemoryNode * node) const {
+    return node != nullptr && node->freeCount == unitCount;
+}
+
+bool _MemoryBlock::isFull(_MemoryNode * node) const {
+    return node != nullptr && node->freeCount == 0;
+}
+
+std::uint32_t _MemoryBlock::dataSize() const {
+    return partSize() * unitCount;
+}
+
+std::uint32_t _MemoryBlock::headSize() const {
+    return nodeHeadBytes;
+}
+
+std::uint32_t _MemoryBlock::nodeSize() const {
+    return stackSize() + headSize() + dataSize();
+}
+
+std::uint32_t _MemoryBlock::partSize() const {
+    return unitSize + partHeaderBytes;
+}
+
+std::uint32_t _MemoryBlock::stackSize() const {
+    return indexBytes * unitCount;
+}
+
+std::uint32_t _MemoryBlock::get_allocationCount() const {
+    return allocationCount;
+}
+
+_MemoryBlock::_MemoryNode * _MemoryBlock::get_first() const {
+    return chain != nullptr ? chain->first : nullptr;
+}
+
+std::uint32_t _MemoryBlock::get_unallocationCount() const {
+    return unallocationCount;
+}
+
+std::uint32_t _MemoryBlock::get_unitCount() const {
+    return unitCount;
+}
+
+std::uint16_t _MemoryBlock::get_unitSize() const {
+    return unitSize;
+}
+
+MemoryChain * _MemoryBlock::shareChain(_MemoryBlock const & other) {
+    if (other.get_first() == nullptr) {
+        return MemoryChain::create();
+    }
+    other.chain->sharers.fetch_add(1, std::memory_order_relaxed);
+    return other.chain;
+}
+
+void _MemoryBlock::leaveChain() {
+    if (chain != nullptr && chain->sharers.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+        freeChain();
+        MemoryChain::destroy(chain);
+    }
+}
