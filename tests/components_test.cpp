@@ -1,0 +1,271 @@
+#include "ordinary_allocator.h"
+
+#include <algorithm>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <morvane/components/com.h>
+#include <morvane/components/iclass_factory.h>
+#include <morvane/components/iclass_server.h>
+#include <morvane/components/imodule_factory.h>
+#include <morvane/core/literals.h>
+#include <morvane/platform/modules.h>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace morvane::literals;
+
+namespace {
+
+using Id = COM::ComIdentifier;
+
+/// A counted object that tells when it goes.
+struct Counted : COM::_IUnknown {
+    explicit Counted(int & counter) : destroyed(counter) {}
+    Counted(Counted const & other) = default;
+    ~Counted() override { ++destroyed; }
+
+    COM::ComResult freeNow() { return free(); }
+
+    int & destroyed;
+};
+
+/// A factory that tells what it is asked for.
+struct Factory : COM::_IClassFactory {
+    COM::ComResult createObjectInstance(Id id, void ** object) override {
+        lastWord = id.word1;
+        *object = this;
+        return COM::comNotFound;
+    }
+    COM::ComResult loadServer(Id) override { return COM::comOk; }
+    COM::ComResult unloadServer() override { return COM::comOk; }
+
+    int lastWord = 0;
+};
+
+struct ModuleFactory : COM::_IModuleFactory {
+    COM::ComResult resolve(Id id, unsigned short int *& path) { return resolveServerID(id, path); }
+};
+
+/// No call of the interface gives these fields a value. They are set where they stand: behind the table pointer, in the
+/// order that the classes declare.
+template <typename Field>
+void setField(COM::_IUnknown * object, std::size_t offset, Field value) {
+    std::memcpy(reinterpret_cast<char *>(object) + offset, &value, sizeof value);
+}
+
+template <typename Field>
+Field getField(COM::_IUnknown * object, std::size_t offset) {
+    Field value;
+    std::memcpy(&value, reinterpret_cast<char *>(object) + offset, sizeof value);
+    return value;
+}
+
+constexpr std::size_t classFactoryOffset = sizeof(void *);
+constexpr std::size_t referenceCountOffset = 2 * sizeof(void *);
+constexpr std::size_t serverLockedOffset = referenceCountOffset + 4;
+constexpr std::size_t serverModuleOffset = 3 * sizeof(void *);
+
+TEST(ClassIdentifier, IsCutAndFilledUp) {
+    struct {
+        char const * text4;
+        char const * text8;
+        std::string expected4;
+        std::string expected8;
+    } const rows[] = {
+        {"ABCDE", "123456789", "ABCD", "12345678"},
+        {"AB", "1234567", {"AB\0\0", 4}, {"1234567\0", 8}},
+        {"", "", std::string(4, '\0'), std::string(8, '\0')},
+    };
+    for (auto const & row : rows) {
+        Id const id = COM::createClassID(1, 0xFFFF, 3, row.text4, row.text8);
+        EXPECT_EQ(id.word1, 1);
+        EXPECT_EQ(id.word2, 0xFFFF);
+        EXPECT_EQ(id.word3, 3);
+        EXPECT_EQ(std::string(id.text4, 4), row.expected4);
+        EXPECT_EQ(std::string(id.text8, 8), row.expected8);
+    }
+    Id const zeros{};
+    for (Id const & id : {COM::createClassID(1, 2, 3, nullptr, "x"), COM::createClassID(1, 2, 3, "x", nullptr)}) {
+        EXPECT_EQ(std::memcmp(&id, &zeros, sizeof id), 0);
+    }
+}
+
+TEST(CountedObject, GoesWithItsLastReference) {
+    int destroyed = 0;
+    COM::_IUnknown * const object = new Counted(destroyed);
+    EXPECT_EQ(object->addRef(), 2);
+    EXPECT_EQ(object->release(), 1);
+    EXPECT_EQ(destroyed, 0);
+    EXPECT_EQ(object->release(), 0);
+    EXPECT_EQ(destroyed, 1);
+
+    // Freeing doesn't ask for the count.
+    auto * const freed = new Counted(destroyed);
+    freed->addRef();
+    EXPECT_EQ(freed->freeNow(), COM::comOk);
+    EXPECT_EQ(destroyed, 2);
+}
+
+TEST(CountedObject, CopiesTheCountOfItsSource) {
+    int destroyed = 0;
+    auto * const source = new Counted(destroyed);
+    source->addRef();
+    auto * const copy = new Counted(*source);
+    auto * const assigned = new Counted(destroyed);
+    static_cast<COM::_IUnknown &>(*assigned) = *source;
+    for (COM::_IUnknown * object : {source, copy, assigned}) {
+        EXPECT_EQ(object->release(), 1);
+        EXPECT_EQ(object->release(), 0);
+    }
+    EXPECT_EQ(destroyed, 3);
+}
+
+/// Calls on a null object are what is asked for here, so that the sanitizer has to let these pass.
+__attribute__((no_sanitize("undefined"))) void callOnNull() {
+    Counted * volatile nobody = nullptr;
+    Counted * const object = nobody;
+    EXPECT_EQ(object->COM::_IUnknown::addRef(), -1);
+    EXPECT_EQ(object->COM::_IUnknown::release(), -1);
+    EXPECT_EQ(object->freeNow(), COM::comFailed);
+}
+
+TEST(CountedObject, AnswersWhenItIsNull) {
+    callOnNull();
+}
+
+TEST(CountedObject, IsDestroyedOnceHoweverManyThreadsLetGo) {
+    constexpr int threadCount = 4;
+    constexpr int rounds = 20000;
+    int destroyed = 0;
+    COM::_IUnknown * const object = new Counted(destroyed);
+    for (int index = 1; index < threadCount; ++index) {
+        object->addRef();
+    }
+    std::vector<int> zeros(threadCount);
+    std::vector<std::thread> threads;
+    for (int index = 0; index < threadCount; ++index) {
+        threads.emplace_back([object, &zero = zeros[static_cast<std::size_t>(index)]] {
+            for (int round = 0; round < rounds; ++round) {
+                object->addRef();
+                zero += object->release() == 0;
+            }
+            zero += object->release() == 0;
+        });
+    }
+    for (std::thread & thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(destroyed, 1);
+    EXPECT_EQ(std::count(zeros.begin(), zeros.end(), 1), 1);
+    EXPECT_EQ(std::count(zeros.begin(), zeros.end(), 0), threadCount - 1);
+}
+
+TEST(CountedObject, AsksItsFactoryForInterfaces) {
+    int destroyed = 0;
+    auto * const object = new Counted(destroyed);
+    auto * const factory = new Factory;
+    void * result = nullptr;
+    EXPECT_EQ(object->queryInterface(COM::createClassID(7, 0, 0, "", ""), &result), COM::comFailed);
+    EXPECT_EQ(getField<void *>(object, classFactoryOffset), nullptr);
+    EXPECT_EQ(getField<std::int32_t>(object, referenceCountOffset), 1);
+
+    setField<COM::_IClassFactory *>(object, classFactoryOffset, factory);
+    auto * const copy = new Counted(*object);
+    for (Counted * asked : {object, copy}) {
+        result = nullptr;
+        factory->lastWord = 0;
+        EXPECT_EQ(asked->queryInterface(COM::createClassID(7, 0, 0, "", ""), &result), COM::comNotFound);
+        EXPECT_EQ(factory->lastWord, 7);
+        EXPECT_EQ(result, factory);
+        asked->release();
+    }
+    EXPECT_EQ(factory->loadResolutionTable(u"table"_w), COM::comFailed);
+    factory->release();
+}
+
+TEST(Creation, OverwritesOnlyAPointerThatIsNotNull) {
+    auto * const former = new Factory;
+    COM::_IClassFactory * factory = nullptr;
+    EXPECT_EQ(COM::createClassFactory(COM::comFactoryModule, nullptr), COM::comBadPointer);
+    EXPECT_EQ(COM::createClassFactory(COM::comFactoryModule, &factory), COM::comBadPointer);
+    EXPECT_EQ(factory, nullptr);
+    factory = former;
+    EXPECT_EQ(COM::createClassFactory(static_cast<COM::ComFactory>(1), &factory), COM::comNotFound);
+    EXPECT_EQ(factory, former);
+    EXPECT_EQ(COM::createClassFactory(COM::comFactoryModule, &factory), COM::comOk);
+    ASSERT_NE(dynamic_cast<COM::_IModuleFactory *>(factory), nullptr);
+    EXPECT_EQ(factory->release(), 0);
+
+    COM::_IClassServer * server = nullptr;
+    EXPECT_EQ(COM::createClassServer(nullptr), COM::comFailed);
+    EXPECT_EQ(COM::createClassServer(&server), COM::comFailed);
+    EXPECT_EQ(server, nullptr);
+    auto * const placeholder = reinterpret_cast<COM::_IClassServer *>(former);
+    server = placeholder;
+    EXPECT_EQ(COM::createClassServer(&server), COM::comFailed);
+    ASSERT_NE(server, placeholder);
+    void * object = nullptr;
+    EXPECT_EQ(server->createObjectInstance({}, &object), COM::comBadPointer);
+    EXPECT_EQ(server->createObjectInstance({}, nullptr), COM::comBadPointer);
+    object = former;
+    EXPECT_EQ(server->createObjectInstance({}, &object), COM::comFailed);
+    EXPECT_EQ(object, former);
+    EXPECT_EQ(server->release(), 0);
+    EXPECT_EQ(former->release(), 0);
+}
+
+TEST(Creation, StoresNullWhereThereIsNoMemory) {
+    auto * const former = new Factory;
+    COM::_IClassFactory * factory = former;
+    auto * server = reinterpret_cast<COM::_IClassServer *>(former);
+    ordinary_allocator::servedBeforeRefusal = 0;
+    COM::ComResult const factoryResult = COM::createClassFactory(COM::comFactoryModule, &factory);
+    COM::ComResult const serverResult = COM::createClassServer(&server);
+    ordinary_allocator::servedBeforeRefusal = -1;
+    EXPECT_EQ(factoryResult, COM::comOk);
+    EXPECT_EQ(factory, nullptr);
+    EXPECT_EQ(serverResult, COM::comFailed);
+    EXPECT_EQ(server, nullptr);
+    former->release();
+}
+
+TEST(ModuleFactory, FindsNoServer) {
+    auto * const factory = new ModuleFactory;
+    unsigned short int unit = 0;
+    unsigned short int * path = &unit;
+    void * object = &unit;
+    EXPECT_EQ(factory->loadServer(COM::createClassID(1, 2, 3, "a", "b")), COM::comNotFound);
+    EXPECT_EQ(factory->resolve({}, path), COM::comFailed);
+    EXPECT_EQ(path, &unit);
+    EXPECT_EQ(factory->createObjectInstance({}, &object), COM::comFailed);
+    EXPECT_EQ(object, &unit);
+    EXPECT_EQ(getField<HINSTANCE__ *>(factory, serverModuleOffset), nullptr);
+    EXPECT_FALSE(getField<bool>(factory, serverLockedOffset));
+    EXPECT_EQ(factory->unloadServer(), COM::comFailed);
+    factory->release();
+}
+
+TEST(ModuleFactory, LetsGoOfItsModuleOnce) {
+    std::u16string const name = MORVANE_SAMPLE_MODULE;
+    std::basic_string<unsigned short int> const path(name.begin(), name.end());
+    auto const isLoaded = [&path] { return morvane::platform::findModule(path.c_str()) != nullptr; };
+    auto * const factory = new ModuleFactory;
+
+    setField(factory, serverModuleOffset, morvane::platform::loadModule(path.c_str()));
+    setField(factory, serverLockedOffset, true);
+    EXPECT_EQ(factory->unloadServer(), COM::comFailed);
+    EXPECT_TRUE(isLoaded());
+    setField(factory, serverLockedOffset, false);
+    EXPECT_EQ(factory->unloadServer(), COM::comOk);
+    EXPECT_FALSE(isLoaded());
+    EXPECT_EQ(getField<HINSTANCE__ *>(factory, serverModuleOffset), nullptr);
+    EXPECT_EQ(factory->unloadServer(), COM::comFailed);
+
+    setField(factory, serverModuleOffset, morvane::platform::loadModule(path.c_str()));
+    EXPECT_TRUE(isLoaded());
+    factory->release();
+    EXPECT_FALSE(isLoaded());
+}
+
+} // namespace
