@@ -34,7 +34,7 @@ struct FoundFile {
     std::int64_t lastWriteTime; ///< seconds since 1970-01-01 00:00 UTC, rounded down
 };
 
-/// Opens a file for `access`, which is not `fileUseNone`, and gives its handle; -1 on failure and for a directory.
+/// Opens a file for `access` and gives its handle; -1 on failure, for a directory, and for an access of `fileUseNone`.
 ///
 /// An open is admitted when each open of the same file allows its access and its sharing allows theirs: exactly inside
 /// the process, by whatever names the file was opened; between processes as far as the system carries it. Files of

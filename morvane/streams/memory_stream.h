@@ -55,8 +55,8 @@ private:
     std::int32_t get_position() const;
     std::int32_t get_size() const;
 
-    std::int32_t insideCount(std::int32_t count) const;
-    void takeBlock(std::int32_t blockSize);
+    std::int32_t countInside(std::int32_t count) const;
+    void takeBlock();
 
     unsigned char * pointer;
     std::int32_t delta;

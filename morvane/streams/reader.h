@@ -58,6 +58,9 @@ protected:
     void initBuffer();
 
 private:
+    void take(void * target, std::int32_t count) noexcept;
+    void giveBack();
+
     std::shared_ptr<char[]> buffer;
     std::int32_t bufferCount;
     std::int32_t bufferPosition;

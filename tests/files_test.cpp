@@ -1,0 +1,549 @@
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <morvane/core/literals.h>
+#include <morvane/platform/fat_time.h>
+#include <morvane/platform/last_error.h>
+#include <morvane/streams/file_utility.h>
+#include <random>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <temporary_folder.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+using namespace morvane::literals;
+using namespace morvane::platform;
+
+namespace {
+
+int openDescriptors() {
+    auto const entries = std::filesystem::directory_iterator("/proc/self/fd");
+    return static_cast<int>(std::distance(begin(entries), end(entries)));
+}
+
+/// Each test must end with the descriptors that it began with.
+class Files : public testing::Test {
+protected:
+    void TearDown() override { EXPECT_EQ(openDescriptors(), descriptors); }
+
+    TemporaryFolder folder;
+    int descriptors = openDescriptors();
+};
+
+std::uint32_t modeOf(std::uint32_t access, std::uint32_t sharing) {
+    return access | sharing << 4;
+}
+
+TEST_F(Files, OpenOnlyUnderNamesOfFiles) {
+    folder.put("file", "text");
+    folder.put("\u00E9\u20AC\U0001F600", "text");
+    std::filesystem::create_directory(folder.path("folder"));
+    std::filesystem::create_symlink("folder", folder.path("link"));
+    std::u16string const base = folder.path("").u16string();
+    std::u16string const high(1, 0xD83D);
+    std::u16string const low(1, 0xDE00);
+    struct {
+        std::u16string name;
+        bool opens;
+    } const cases[] = {
+        {base + u"file", true},
+        {base + u"\u00E9\u20AC\U0001F600", true},
+        {base + u"missing", false},
+        {base + u"folder", false},
+        {base + u"link", false},
+        {base + u"file/", false},
+        {base + high, false},
+        {base + low, false},
+        {base + low + high, false},
+        {base + std::u16string(5000, u'a'), false},
+        {u"", false},
+    };
+    for (auto const & [text, opens] : cases) {
+        SCOPED_TRACE(testing::PrintToString(text));
+        FileName const name(text);
+        errno = 0;
+        std::int32_t const handle = _FileUtility::fileOpen(name, 0);
+        EXPECT_EQ(handle >= 0, opens);
+        EXPECT_EQ(lastError() == 0, opens);
+        EXPECT_EQ(_FileUtility::fileExists(name), opens);
+        EXPECT_EQ(_FileUtility::fileClose(handle), opens);
+        if (!opens && text.find(u"missing") == std::u16string::npos) {
+            EXPECT_EQ(_FileUtility::fileCreate(name), -1);
+        }
+    }
+    EXPECT_EQ(_FileUtility::fileOpen(nullptr, 0), -1);
+    EXPECT_EQ(_FileUtility::fileCreate(nullptr), -1);
+    EXPECT_EQ(_FileUtility::fileAge(nullptr), -1);
+    EXPECT_EQ(_FileUtility::fileGetAttr(nullptr), -1);
+    EXPECT_NE(_FileUtility::fileSetAttr(nullptr, 0), 0);
+}
+
+TEST_F(Files, OpenInTheModesOfTheTablesAlone) {
+    FileName const name = folder.put("file", "text");
+    for (std::uint32_t mode = 0; mode < 0x400; ++mode) {
+        std::int32_t const handle = _FileUtility::fileOpen(name, mode);
+        ASSERT_EQ(handle >= 0, (mode & 3) < 3 && (mode >> 4 & 15) < 5) << mode;
+        if (handle >= 0) {
+            char byte = 'x';
+            EXPECT_EQ(_FileUtility::fileRead(handle, &byte, 1), (mode & 3) == 1 ? -1 : 1);
+            EXPECT_EQ(_FileUtility::fileWrite(handle, &byte, 1), (mode & 3) == 0 ? -1 : 1);
+            EXPECT_TRUE(_FileUtility::fileClose(handle));
+        }
+    }
+    EXPECT_EQ(_FileUtility::fileOpen(name, 0xFFFF), -1);
+}
+
+/// What the two opens of the tables ask for, as bits: 1 read, 2 write.
+bool modelAdmits(std::uint32_t access, std::uint32_t sharing, std::uint32_t otherAccess, std::uint32_t otherSharing) {
+    constexpr std::uint32_t sharingBits[] = {0, 0, 1, 2, 3};
+    std::uint32_t const refused = (access + 1) & ~sharingBits[otherSharing];
+    std::uint32_t const refusing = (otherAccess + 1) & ~sharingBits[sharing];
+    return refused == 0 && refusing == 0;
+}
+
+/// The handle that a second open gives, under another name of the file.
+struct SecondOpen {
+    char const * title;
+    bool (*admitted)(FileName const & name, std::uint32_t mode);
+};
+
+bool admittedHere(FileName const & name, std::uint32_t mode) {
+    std::int32_t const handle = _FileUtility::fileOpen(name, mode);
+    if (handle < 0) {
+        EXPECT_EQ(lastError(), EBUSY);
+        return false;
+    }
+    return _FileUtility::fileClose(handle);
+}
+
+bool admittedInAnotherProcess(FileName const & name, std::uint32_t mode) {
+    pid_t const child = fork();
+    if (child == 0) {
+        // A child has the table of its parent; closing what it inherited empties that and keeps the parent's locks.
+        for (int handle = 3; handle < 64; ++handle) {
+            _FileUtility::fileClose(handle);
+        }
+        _exit(_FileUtility::fileOpen(name, mode) >= 0 ? 1 : 0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WEXITSTATUS(status) == 1;
+}
+
+TEST_F(Files, AdmitOpensThatAllowEachOther) {
+    FileName const name = folder.put("file", "text");
+    std::filesystem::create_symlink("file", folder.path("symbolic"));
+    std::filesystem::create_hard_link(folder.path("file"), folder.path("hard"));
+    SecondOpen const seconds[] = {{"here", admittedHere}, {"another process", admittedInAnotherProcess}};
+    char const * const names[] = {"file", "symbolic", "hard"};
+    for (unsigned int index = 0; index < 15 * 15; ++index) {
+        std::uint32_t const access = index % 3;
+        std::uint32_t const sharing = index / 3 % 5;
+        std::uint32_t const otherAccess = index / 15 % 3;
+        std::uint32_t const otherSharing = index / 45;
+        std::int32_t const first = _FileUtility::fileOpen(name, modeOf(access, sharing));
+        ASSERT_GE(first, 0);
+        FileName const second = folder.name(names[index % 3]);
+        for (SecondOpen const & other : seconds) {
+            EXPECT_EQ(other.admitted(second, modeOf(otherAccess, otherSharing)),
+                      modelAdmits(access, sharing, otherAccess, otherSharing))
+                << other.title << ": " << access << sharing << otherAccess << otherSharing;
+        }
+        EXPECT_EQ(_FileUtility::fileCreate(second), -1);
+        EXPECT_EQ(folder.get("file"), "text") << "a refused create cuts nothing";
+        ASSERT_TRUE(_FileUtility::fileClose(first));
+    }
+}
+
+TEST_F(Files, HoldEveryOpenAgainstEveryOtherInAnyOrder) {
+    FileName const names[] = {folder.put("a", ""), folder.put("b", "")};
+    struct Open {
+        std::int32_t handle;
+        std::size_t file;
+        std::uint32_t access;
+        std::uint32_t sharing;
+    };
+    std::vector<Open> opens;
+    std::mt19937 random(7);
+    int admittedCount = 0;
+    for (int step = 0; step < 3000; ++step) {
+        if (random() % 3 == 0 && !opens.empty()) {
+            std::size_t const gone = random() % opens.size();
+            ASSERT_TRUE(_FileUtility::fileClose(opens[gone].handle));
+            opens.erase(opens.begin() + static_cast<std::ptrdiff_t>(gone));
+            continue;
+        }
+        auto const pick = [&random](std::uint32_t count) { return static_cast<std::uint32_t>(random() % count); };
+        Open open{-1, pick(2), pick(3), 2 + pick(3)};
+        open.handle = _FileUtility::fileOpen(names[open.file], modeOf(open.access, open.sharing));
+        bool admits = true;
+        for (Open const & other : opens) {
+            admits =
+                admits
+                && (open.file != other.file || modelAdmits(open.access, open.sharing, other.access, other.sharing));
+        }
+        ASSERT_EQ(open.handle >= 0, admits);
+        if (admits) {
+            ++admittedCount;
+            opens.push_back(open);
+        }
+    }
+    EXPECT_GT(admittedCount, 300);
+    for (Open const & open : opens) {
+        EXPECT_TRUE(_FileUtility::fileClose(open.handle));
+    }
+}
+
+TEST_F(Files, ForgetAnOpenWhoseDescriptorWasClosedElsewhere) {
+    FileName const name = folder.put("file", "");
+    std::int32_t const lost = _FileUtility::fileOpen(name, 0x40);
+    close(lost);
+    std::int32_t const handle = _FileUtility::fileOpen(name, 0);
+    EXPECT_EQ(handle, lost);
+    EXPECT_TRUE(_FileUtility::fileClose(handle));
+    EXPECT_FALSE(_FileUtility::fileClose(handle));
+    EXPECT_FALSE(_FileUtility::fileClose(-1));
+}
+
+TEST_F(Files, AreOpenedOnceAmongRacingThreads) {
+    FileName const name = folder.put("file", "");
+    std::atomic<int> inside{0};
+    std::atomic<int> opened{0};
+    std::atomic<int> worst{0};
+    auto const race = [&] {
+        for (int step = 0; step < 500; ++step) {
+            std::int32_t const handle =
+                step % 2 == 0 ? _FileUtility::fileOpen(name, 0) : _FileUtility::fileCreate(name);
+            if (handle >= 0) {
+                worst = std::max(worst.load(), ++inside);
+                ++opened;
+                --inside;
+                _FileUtility::fileClose(handle);
+            }
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int index = 0; index < 4; ++index) {
+        threads.emplace_back(race);
+    }
+    for (std::thread & thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(worst, 1);
+    EXPECT_GT(opened, 0);
+}
+
+TEST_F(Files, AreCreatedEmptyOrNotAtAll) {
+    FileName const name = folder.put("file", "former text");
+    std::int32_t const handle = _FileUtility::fileCreate(name);
+    ASSERT_GE(handle, 0);
+    EXPECT_EQ(fcntl(handle, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
+    EXPECT_EQ(_FileUtility::fileSeek(handle, 0, 2), 0);
+    EXPECT_EQ(_FileUtility::fileWrite(handle, "new", 3), 3);
+    EXPECT_TRUE(_FileUtility::fileClose(handle));
+    EXPECT_EQ(folder.get("file"), "new");
+    EXPECT_EQ(_FileUtility::fileCreate(folder.name("missing/file")), -1);
+    EXPECT_EQ(lastError(), ENOENT);
+}
+
+TEST_F(Files, SeekWithin31BitsAndStayWhereTheyCannot) {
+    FileName const name = folder.put("file", "0123456789");
+    std::filesystem::resize_file(folder.path("file"), 0x80000010u);
+    std::int32_t const handle = _FileUtility::fileOpen(name, 2);
+    constexpr std::int32_t last = 0x7FFFFFFF;
+    struct {
+        std::int32_t offset, origin, result;
+    } const cases[] = {
+        {5, 0, 5},    {2, 1, 7},          {-7, 1, 0},   {-1, 1, -1},        {0, 1, 0},      {-1, 0, -1},
+        {0, 1, 0},    {3, 0, 3},          {0, 2, -1},   {0, 1, 3},          {-17, 2, last}, {1, 1, -1},
+        {0, 1, last}, {-last - 1, 1, -1}, {0, 1, last}, {-last - 1, 2, 16}, {0, 3, -1},     {0, -1, -1},
+        {0, 1, 16},   {last, 1, -1},      {0, 1, 16},   {last, 0, last},
+    };
+    for (auto const & [offset, origin, result] : cases) {
+        EXPECT_EQ(_FileUtility::fileSeek(handle, offset, origin), result) << offset << ' ' << origin;
+    }
+    char bytes[64];
+    EXPECT_EQ(_FileUtility::fileRead(handle, bytes, 8), 8) << "reading goes on beyond 2 GiB";
+    EXPECT_EQ(_FileUtility::fileSeek(handle, 0, 1), -1);
+    EXPECT_EQ(_FileUtility::fileWrite(handle, "x", 1), 1);
+    EXPECT_EQ(_FileUtility::fileRead(handle, bytes, 64), 8);
+    EXPECT_EQ(_FileUtility::fileRead(handle, bytes, 64), 0);
+    EXPECT_EQ(_FileUtility::fileSeek(handle, -17, 1), last);
+    EXPECT_EQ(_FileUtility::fileSeek(handle, 0, 0), 0);
+    EXPECT_EQ(_FileUtility::fileRead(handle, bytes, 4), 4);
+    EXPECT_TRUE(_FileUtility::fileClose(handle));
+    for (std::int32_t const bad : {handle, -1, 0x7FFFFFFF}) {
+        EXPECT_EQ(_FileUtility::fileSeek(bad, 0, 0), -1);
+        EXPECT_EQ(_FileUtility::fileRead(bad, bytes, 1), -1);
+        EXPECT_EQ(_FileUtility::fileWrite(bad, bytes, 1), -1);
+        EXPECT_EQ(_FileUtility::fileGetDate(bad), -1);
+        EXPECT_EQ(_FileUtility::fileSetDate(bad, 0x50215000), EBADF);
+    }
+}
+
+TEST_F(Files, TakeCountsBeyondTheLargestResult) {
+    FileName const name = folder.put("file", "0123456789");
+    std::int32_t const handle = _FileUtility::fileOpen(name, 0);
+    char bytes[16];
+    EXPECT_EQ(_FileUtility::fileRead(handle, bytes, 0), 0);
+    EXPECT_EQ(_FileUtility::fileRead(handle, bytes, 0xFFFFFFFF), 10);
+    EXPECT_TRUE(_FileUtility::fileClose(handle));
+}
+
+TEST_F(Files, GiveTheCountWhereADiskTakesNoMore) {
+    std::int32_t const full = _FileUtility::fileOpen(u"/dev/full"_w, 1);
+    ASSERT_GE(full, 0);
+    EXPECT_EQ(_FileUtility::fileWrite(full, "text", 4), -1);
+    EXPECT_EQ(lastError(), ENOSPC);
+    EXPECT_TRUE(_FileUtility::fileClose(full));
+
+    std::int32_t const handle = _FileUtility::fileCreate(folder.name("limited"));
+    pid_t const child = fork();
+    if (child == 0) {
+        rlimit const limit{5, 5};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        _exit(_FileUtility::fileWrite(handle, "12345678", 8));
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(WEXITSTATUS(status), 5);
+    EXPECT_EQ(folder.get("limited"), "12345");
+    EXPECT_TRUE(_FileUtility::fileClose(handle));
+}
+
+std::atomic<int> interruptions;
+
+void interrupted(int) {
+    ++interruptions;
+}
+
+TEST_F(Files, ReadOnWhenASignalInterrupts) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    struct sigaction action {};
+    struct sigaction before {};
+    action.sa_handler = interrupted; // without SA_RESTART
+    sigaction(SIGUSR1, &action, &before);
+    interruptions = 0;
+    std::atomic<std::int32_t> result{-2};
+    char bytes[4]{};
+    std::thread reader([&] { result = _FileUtility::fileRead(ends[0], bytes, 4); });
+    while (interruptions < 100) {
+        pthread_kill(reader.native_handle(), SIGUSR1);
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(result, -2);
+    EXPECT_EQ(_FileUtility::fileWrite(ends[1], "text", 4), 4);
+    reader.join();
+    EXPECT_EQ(result, 4);
+    EXPECT_EQ(std::string(bytes, 4), "text");
+    sigaction(SIGUSR1, &before, nullptr);
+    EXPECT_EQ(_FileUtility::fileSeek(ends[0], 0, 1), -1);
+    EXPECT_TRUE(_FileUtility::fileClose(ends[0]));
+    EXPECT_TRUE(_FileUtility::fileClose(ends[1]));
+}
+
+TEST_F(Files, SurviveAPipeWithoutAReader) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    EXPECT_TRUE(_FileUtility::fileClose(ends[0]));
+    EXPECT_EQ(_FileUtility::fileWrite(ends[1], "text", 4), -1);
+    EXPECT_EQ(lastError(), EPIPE);
+    sigset_t pending;
+    sigpending(&pending);
+    EXPECT_EQ(sigismember(&pending, SIGPIPE), 0);
+    EXPECT_TRUE(_FileUtility::fileClose(ends[1]));
+}
+
+TEST_F(Files, NeverWaitForTheOtherEndOfAPipe) {
+    ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
+    FileName const name = folder.name("pipe");
+    EXPECT_EQ(_FileUtility::fileOpen(name, 1), -1);
+    std::int32_t const reader = _FileUtility::fileOpen(name, 0);
+    std::int32_t const writer = _FileUtility::fileOpen(name, 1);
+    EXPECT_EQ(fcntl(reader, F_GETFL) & O_NONBLOCK, 0);
+    EXPECT_EQ(_FileUtility::fileWrite(writer, "text", 4), 4);
+    char bytes[8];
+    EXPECT_EQ(_FileUtility::fileRead(reader, bytes, 8), 4);
+    EXPECT_TRUE(_FileUtility::fileClose(writer));
+    EXPECT_EQ(_FileUtility::fileRead(reader, bytes, 8), 0);
+    EXPECT_TRUE(_FileUtility::fileClose(reader));
+}
+
+TEST_F(Files, StayOffTheStandardStreams) {
+    FileName const name = folder.put("file", "");
+    pid_t const child = fork();
+    if (child == 0) {
+        close(0);
+        close(2);
+        std::int32_t const handle = _FileUtility::fileOpen(name, 2);
+        _exit(handle > 2 && fcntl(2, F_GETFD) == -1 ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+}
+
+TEST_F(Files, CarryTheAttributeBits) {
+    FileName const name = folder.put("file", "");
+    std::filesystem::create_directory(folder.path("folder"));
+    FileName const directory = folder.name("folder");
+    auto const permissions = [&] {
+        return static_cast<unsigned int>(std::filesystem::status(folder.path("file")).permissions());
+    };
+    chmod(folder.path("file").c_str(), 0664);
+    EXPECT_EQ(_FileUtility::fileGetAttr(name), 0x80);
+    EXPECT_EQ(_FileUtility::fileSetAttr(name, 0x80), 0);
+    EXPECT_EQ(permissions(), 0664u);
+    EXPECT_EQ(_FileUtility::fileSetAttr(name, 0x21), 0);
+    EXPECT_EQ(_FileUtility::fileGetAttr(name), 0x01);
+    EXPECT_EQ(permissions(), 0444u);
+    EXPECT_EQ(_FileUtility::fileSetAttr(name, 0), 0);
+    EXPECT_EQ(_FileUtility::fileGetAttr(name), 0x80);
+    EXPECT_EQ(permissions(), 0644u);
+    EXPECT_EQ(_FileUtility::fileGetAttr(directory), 0x10);
+    EXPECT_EQ(_FileUtility::fileSetAttr(directory, 0x01), 0);
+    EXPECT_EQ(_FileUtility::fileGetAttr(directory), 0x11);
+    EXPECT_EQ(_FileUtility::fileSetAttr(directory, 0x10), 0);
+    EXPECT_EQ(_FileUtility::fileGetAttr(folder.name("missing")), -1);
+    EXPECT_EQ(_FileUtility::fileSetAttr(folder.name("missing"), 0), ENOENT);
+}
+
+/// A zone for one test.
+class Zone {
+public:
+    explicit Zone(char const * rules) {
+        setenv("TZ", rules, 1);
+        tzset();
+    }
+    Zone(Zone const &) = delete;
+    ~Zone() {
+        unsetenv("TZ");
+        tzset();
+    }
+
+    Zone & operator=(Zone const &) = delete;
+};
+
+constexpr std::int32_t ageFrom(int year, int month, int day, int hour, int minute, int second) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>((year - 1980) << 9 | month << 5 | day) << 16
+                                     | static_cast<std::uint32_t>(hour << 11 | minute << 5 | second / 2));
+}
+
+constexpr char const * centralEurope = "CET-1CEST,M3.5.0,M10.5.0/3";
+constexpr char const * southAustralia = "ACST-9:30ACDT,M10.1.0,M4.1.0/3";
+constexpr char const * pacific = "PST8PDT,M3.2.0,M11.1.0";
+
+TEST_F(Files, GiveBackTheDateThatWasSet) {
+    FileName const name = folder.put("file", "");
+    for (char const * const rules : {"UTC0", centralEurope, southAustralia, pacific}) {
+        Zone const zone(rules);
+        std::int32_t const handle = _FileUtility::fileOpen(name, 2);
+        int set = 0;
+        int refused = 0;
+        // Every half hour of two years, so that both changes of the clock are met.
+        for (int step = 0; step < 2 * 372 * 48; ++step) {
+            int const day = step / 48;
+            std::int32_t const age =
+                ageFrom(2024 + day / 372, 1 + day / 31 % 12, 1 + day % 31, step / 2 % 24, step % 2 * 30, 58);
+            std::int32_t const result = _FileUtility::fileSetDate(handle, age);
+            if (result == 0) {
+                ++set;
+                ASSERT_EQ(_FileUtility::fileGetDate(handle), age) << rules;
+            } else {
+                ++refused;
+                ASSERT_EQ(result, EINVAL);
+            }
+        }
+        // Left out: the days that no month has (13 in the two years), and the hours that the clock jumps over.
+        int const jumps = rules == std::string("UTC0") ? 0 : 2 * 2;
+        EXPECT_EQ(refused, 13 * 48 + jumps) << rules;
+        EXPECT_EQ(set, (366 + 365) * 48 - jumps) << rules;
+        EXPECT_EQ(_FileUtility::fileAge(name), _FileUtility::fileGetDate(handle));
+        EXPECT_TRUE(_FileUtility::fileClose(handle));
+    }
+}
+
+TEST_F(Files, TellDatesByTheRulesOfTheirOwnMoment) {
+    FileName const name = folder.put("file", "");
+    std::string const path = folder.path("file").string();
+    Zone const zone(centralEurope);
+    struct {
+        std::int64_t seconds;
+        std::int32_t age;
+    } const cases[] = {
+        {315529200, ageFrom(1980, 1, 1, 0, 0, 0)},       {315529199, -1},  {0, -1}, {-1, -1},
+        {1705320001, ageFrom(2024, 1, 15, 13, 0, 0)}, // 12:00:01 UTC, winter
+        {1721044803, ageFrom(2024, 7, 15, 14, 0, 2)}, // 12:00:03 UTC, summer
+        {1729987200, ageFrom(2024, 10, 27, 2, 0, 0)}, // the clock shows it a first time
+        {1729990800, ageFrom(2024, 10, 27, 2, 0, 0)}, // and again
+        {4354815599, ageFrom(2107, 12, 31, 23, 59, 58)}, {4354815600, -1},
+    };
+    for (auto const & [seconds, age] : cases) {
+        timespec const times[2] = {{12345, 6}, {seconds, 999999999}};
+        utimensat(AT_FDCWD, path.c_str(), times, 0);
+        EXPECT_EQ(_FileUtility::fileAge(name), age) << seconds;
+        EXPECT_EQ(_FileUtility::fileExists(name), age != -1);
+        std::int32_t const handle = _FileUtility::fileOpen(name, 2);
+        EXPECT_EQ(_FileUtility::fileGetDate(handle), age);
+        if (age != -1) {
+            EXPECT_EQ(_FileUtility::fileSetDate(handle, age), 0);
+            EXPECT_EQ(_FileUtility::fileAge(name), age);
+        }
+        struct stat status {};
+        fstat(handle, &status);
+        EXPECT_EQ(status.st_atim.tv_sec, 12345) << "other times stay";
+        EXPECT_TRUE(_FileUtility::fileClose(handle));
+    }
+}
+
+TEST(FatTimes, FailForWordsThatAreNoDate) {
+    Zone const zone(centralEurope);
+    std::int32_t const cases[] = {
+        ageFrom(2024, 0, 1, 0, 0, 0),
+        ageFrom(2024, 13, 1, 0, 0, 0),
+        ageFrom(2024, 1, 0, 0, 0, 0),
+        ageFrom(2024, 4, 31, 0, 0, 0),
+        ageFrom(2023, 2, 29, 0, 0, 0),
+        ageFrom(2100, 2, 29, 0, 0, 0),
+        ageFrom(2024, 1, 1, 24, 0, 0),
+        ageFrom(2024, 1, 1, 0, 60, 0),
+        ageFrom(2024, 1, 1, 0, 0, 60),
+        ageFrom(2024, 3, 31, 2, 30, 0),
+        0,
+        -1,
+    };
+    for (std::int32_t const age : cases) {
+        std::int64_t seconds = 7;
+        setLastError(0);
+        EXPECT_FALSE(secondsFromFatTime(static_cast<std::uint32_t>(age), seconds)) << std::hex << age;
+        EXPECT_NE(lastError(), 0);
+        EXPECT_NE(_FileUtility::fileSetDate(1, age), 0);
+    }
+}
+
+TEST(LastError, HasTheTextOfTheSystem) {
+    unsigned short int text[64];
+    std::size_t const count = lastErrorText(ENOENT, text, 64);
+    std::string const expected = strerror(ENOENT);
+    EXPECT_EQ(std::string(text, text + count), expected);
+    EXPECT_EQ(text[count], 0);
+    EXPECT_EQ(lastErrorText(ENOENT, text, 6), 4u) << "cut, with room for a pair";
+    EXPECT_EQ(text[4], 0);
+    EXPECT_EQ(lastErrorText(987654, text, 64), 0u);
+    EXPECT_EQ(text[0], 0);
+    EXPECT_EQ(lastErrorText(ENOENT, text, 0), 0u);
+    setLastError(ENOENT);
+    std::thread([] { setLastError(EIO); }).join();
+    EXPECT_EQ(lastError(), ENOENT);
+}
+
+} // namespace
