@@ -9,6 +9,10 @@
 class _Stream;
 class _WideString;
 
+namespace morvane {
+struct TextMaker;
+}
+
 /// A text of bytes in one zero-closed buffer of exactly its size.
 ///
 /// Use it for the contents of files, encoded text and keys; a `_DataString` of zero bytes also serves as a byte buffer.
@@ -198,6 +202,11 @@ public:
     void formatArgList(char const * pattern, std::va_list arguments);
 
 private:
+    friend struct morvane::TextMaker;
+
+    /// Takes over the buffer `text` of `count` bytes; null makes a released text.
+    _DataString(morvane::TextMaker maker, char * text, std::uint32_t count) noexcept;
+
     void _assign(_DataString const & other);
     void _assign(char c);
     void _assign(char c, std::uint32_t count);

@@ -26,6 +26,6 @@ public:
 
 private:
     /// No operation gives it a meaning; copies take it along.
-    std::uint32_t reserved = 0;
+    [[maybe_unused]] std::uint32_t reserved = 0;
     _String * objectName;
 };

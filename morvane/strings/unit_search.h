@@ -72,4 +72,18 @@ std::size_t findText(TextView<Unit> text, std::type_identity_t<TextView<Unit>> s
     return TextSearcher<Unit>(sought).find(text, from);
 }
 
+/// The same a unit at a step: for what is left of a text, where there are no such registers, and to hold the others
+/// against.
+namespace plain {
+
+template <typename Unit>
+std::size_t findUnit(TextView<Unit> text, std::type_identity_t<Unit> unit, std::size_t from = 0) noexcept;
+template <typename Unit>
+std::size_t findOneOfFew(TextView<Unit> text, std::type_identity_t<TextView<Unit>> set, std::size_t from = 0) noexcept;
+template <typename Unit>
+std::size_t findLastUnit(TextView<Unit> text, std::type_identity_t<Unit> unit) noexcept;
+template <typename Unit>
+std::size_t findDifference(Unit const * left, Unit const * right, std::size_t count) noexcept;
+
+} // namespace plain
 } // namespace morvane

@@ -7,6 +7,10 @@
 
 class _DataString;
 
+namespace morvane {
+struct TextMaker;
+}
+
 /// A text of 16-bit code units in one zero-closed buffer of exactly its size.
 ///
 /// Use it wherever text is stored or handed out. It knows code units only: a surrogate is a unit like any other. To put
@@ -223,6 +227,11 @@ public:
     bool isDOMText() const;
 
 private:
+    friend struct morvane::TextMaker;
+
+    /// Takes over the buffer `text` of `count` units; null makes a released text.
+    _WideString(morvane::TextMaker maker, unsigned short int * text, std::uint32_t count) noexcept;
+
     void _assign(_WideString const & other);
     void _assign(unsigned short int c);
     void _assign(unsigned short int c, std::uint32_t count);
