@@ -8,6 +8,13 @@
 #include <morvane/components/ipersistent.h>
 #include <morvane/components/istream.h>
 #include <morvane/components/iunknown.h>
+#include <morvane/containers/array.h>
+#include <morvane/containers/container.h>
+#include <morvane/containers/dictionary.h>
+#include <morvane/containers/dictionary_item.h>
+#include <morvane/containers/mutable_array.h>
+#include <morvane/containers/mutable_dictionary.h>
+#include <morvane/containers/stack.h>
 #include <morvane/core/crt.h>
 #include <morvane/core/def.h>
 #include <morvane/core/element.h>
@@ -46,3 +53,7 @@
 #include <morvane/strings/string.h>
 #include <morvane/strings/string_parser.h>
 #include <morvane/strings/wide_string.h>
+#include <morvane/strings/wide_string_array.h>
+#include <morvane/strings/wide_string_parser.h>
+#include <morvane/strings/wide_tag.h>
+#include <morvane/strings/wide_tag_array.h>
