@@ -1,6 +1,7 @@
 // Numbers and numeric character references, over views.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <morvane/strings/text_builder.h>
 #include <morvane/strings/text_view.h>
@@ -17,7 +18,17 @@ WideView hexDigits(WideView text) noexcept;
 /// The value of hexadecimal text with its prefix; nothing for other text.
 std::optional<std::int32_t> readHex(WideView text) noexcept;
 
-/// The unit that a reference ("&#...;") stands for: 0 for a bad number, 0xFFFF for text that is no reference.
+/// A unit in lower-case hexadecimal digits without leading zeros.
+struct HexText {
+    char digits[5]{}; ///< zero-closed
+    std::size_t length = 0;
+};
+HexText hexText(unsigned short int unit) noexcept;
+
+/// What `referencedUnit` gives for text that is no reference.
+inline constexpr unsigned short int noUnit = 0xFFFF;
+
+/// The unit that a reference ("&#...;") stands for: 0 for a bad number, `noUnit` for text that is no reference.
 unsigned short int referencedUnit(WideView reference) noexcept;
 
 /// True when `text` holds an "&" with a ";" somewhere behind it, so that `decodeReferences` would change it.

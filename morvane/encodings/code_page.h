@@ -24,6 +24,7 @@ struct CodePage {
     std::size_t entryCount;
     unsigned short int const * units;  ///< 256: what each byte decodes to
     unsigned short int const * search; ///< 96: what bytes 0xA0 to 0xFF are the first to stand for; 0 where they are not
+    bool isIdentity;                   ///< every byte stands for its own value
 };
 
 /// The code page of a text format (16 to 24 and 30); null for every other value.

@@ -1,0 +1,373 @@
+#include <cstring>
+#include <gtest/gtest.h>
+#include <iconv.h>
+#include <map>
+#include <morvane/core/literals.h>
+#include <morvane/encodings/code_page.h>
+#include <morvane/encodings/string_utility.h>
+#include <morvane/encodings/ucs.h>
+#include <morvane/strings/text_view.h>
+#include <random>
+#include <string>
+#include <vector>
+
+using namespace morvane;
+using namespace morvane::literals;
+
+namespace {
+
+using Format = _StringUtility::StringFileFormat;
+
+std::u16string textOf(_WideString const & text) {
+    WideView const view = viewOf(text);
+    return {view.begin(), view.end()};
+}
+
+std::u16string textOf(unsigned short int const * text) {
+    return textOf(_WideString(text));
+}
+
+std::string textOf(_DataString const & text) {
+    DataView const view = viewOf(text);
+    return {view.begin(), view.end()};
+}
+
+_WideString wideText(std::u16string const & text) {
+    std::vector<unsigned short int> units(text.begin(), text.end());
+    units.push_back(0);
+    return {units.data()};
+}
+
+TEST(Formats, HaveNamesDescriptionsAndFlags) {
+    struct {
+        std::int32_t format;
+        char const * name;
+        char const * description;
+        std::uint32_t flags;
+    } const cases[] = {
+        {-2, "", "", 0},
+        {-1, "", "", 0},
+        {0, "ANSI", "ANSI", 0x08},
+        {2, "ASCII Extended", "ASCII Extended", 0x10},
+        {5, "Unicode", "Unicode", 0x1B},
+        {7, "Unicode Big Endian", "Unicode BE", 0x03},
+        {8, "UTF-8 (Raw)", "UTF-8 Raw, a transformation format of ISO 10646", 0x1D},
+        {10, "UTF-16 (Raw)", "UTF-16 Raw, an encoding of ISO 10646", 0x1E},
+        {12, "UTF-16BE (Raw)", "UTF-16BE Raw, an encoding of ISO 10646 (Big-endian)", 0x16},
+        {15, "UTF-16LE", "UTF-16LE, an encoding of ISO 10646 (Little-endian)", 0x17},
+        {16, "Latin 1", "Latin 1", 0x08},
+        {24, "Latin 5", "Latin 5", 0x08},
+        {25, "", "", 0},
+        {29, "", "", 0},
+        {30, "Latin 9", "Latin 9", 0x08},
+        {31, "", "", 0},
+        {0x7FFFFFFF, "", "", 0},
+    };
+    for (auto const & row : cases) {
+        auto const format = static_cast<Format>(row.format);
+        EXPECT_EQ(_StringUtility::formatName(format).compare(row.name), 0) << row.format;
+        EXPECT_EQ(_StringUtility::formatDescription(format).compare(row.description), 0) << row.format;
+        EXPECT_EQ(_StringUtility::formatFlags(format), row.flags) << row.format;
+    }
+}
+
+TEST(Scripts, HaveNoEntries) {
+    unsigned short int first = 1;
+    unsigned short int last = 2;
+    UCS::scriptArray(0, first, last);
+    EXPECT_EQ(UCS::scriptCount(), 0);
+    EXPECT_EQ(first, 1);
+    EXPECT_EQ(last, 2);
+    EXPECT_TRUE(UCS::scriptName(0).isEmpty());
+    EXPECT_TRUE(UCS::scriptDescription(7).isEmpty());
+}
+
+/// A code page with the published mapping of its part, as the system's converter has it.
+struct PublishedPage {
+    Format format;
+    char const * charset;
+    char const * name;
+    std::map<unsigned, unsigned> differing; ///< bytes that stand for something else here; 0 is an undefined position
+    std::string missing;                    ///< bytes without an entry
+};
+
+PublishedPage const publishedPages[] = {
+    {_StringUtility::formatISO8859_1, "ISO-8859-1", "ISO-8859-1     ", {}, ""},
+    {_StringUtility::formatISO8859_2, "ISO-8859-2", "ISO-8859-2     ", {}, ""},
+    {_StringUtility::formatISO8859_3, "ISO-8859-3", "ISO-8859-3     ", {}, ""},
+    {_StringUtility::formatISO8859_4, "ISO-8859-4", "ISO-8859-4     ", {}, ""},
+    {_StringUtility::formatISO8859_5, "ISO-8859-5", "ISO-8859-5     ", {}, ""},
+    {_StringUtility::formatISO8859_6, "ISO-8859-6", "ISO-8859-6     ", {}, ""},
+    {_StringUtility::formatISO8859_7,
+     "ISO-8859-7",
+     "ISO-8859-7     ",
+     {{0xA1, 0x2BD}, {0xA2, 0x2BC}},
+     "\xA4\xA5\xAA\xAE\xD2"},
+    {_StringUtility::formatISO8859_8, "ISO-8859-8", "ISO-8859-8     ", {{0xAF, 0x203E}, {0xFD, 0}, {0xFE, 0}}, ""},
+    {_StringUtility::formatISO8859_9, "ISO-8859-9", "ISO-8859-9     ", {}, ""},
+    {_StringUtility::formatISO8859_15, "ISO-8859-15", "ISO-8859-15    ", {}, ""},
+};
+
+/// What the system's converter makes of a byte; 0 for an undefined one.
+unsigned publishedUnit(iconv_t converter, unsigned byte) {
+    char in = static_cast<char>(byte);
+    unsigned char out[2];
+    char * source = &in;
+    char * target = reinterpret_cast<char *>(out);
+    std::size_t sourceBytes = 1;
+    std::size_t targetBytes = sizeof out;
+    iconv(converter, nullptr, nullptr, nullptr, nullptr);
+    return iconv(converter, &source, &sourceBytes, &target, &targetBytes) == 0 ? out[0] + 256U * out[1] : 0;
+}
+
+TEST(CodePages, HoldThePublishedMappings) {
+    for (PublishedPage const & published : publishedPages) {
+        SCOPED_TRACE(published.charset);
+        iconv_t const converter = iconv_open("UTF-16LE", published.charset);
+        ASSERT_NE(converter, reinterpret_cast<iconv_t>(-1));
+        CodePage const * const page = findCodePage(published.format);
+        ASSERT_NE(page, nullptr);
+        EXPECT_EQ(textOf(page->name), textOf(_WideString(published.name)));
+        EXPECT_EQ(page->entryCount, 256 - published.missing.size());
+        std::size_t entry = 0;
+        for (unsigned byte = 0; byte < 256; ++byte) {
+            auto const differing = published.differing.find(byte);
+            unsigned unit = differing != published.differing.end() ? differing->second : publishedUnit(converter, byte);
+            bool const isGraphic = unit != 0 && byte >= 0x20 && (byte < 0x7F || byte >= 0xA0);
+            bool const isMissing = published.missing.find(static_cast<char>(byte)) != std::string::npos && byte != 0;
+            unit = unit == 0 || isMissing ? byte : unit;
+            if (!isMissing) {
+                ASSERT_LT(entry, page->entryCount);
+                EXPECT_EQ(page->entries[entry].code, byte);
+                EXPECT_EQ(page->entries[entry].unicode, unit) << byte;
+                EXPECT_EQ(page->entries[entry].defined, isGraphic ? 1 : 0) << byte;
+                ++entry;
+            }
+            if (byte != 0) {
+                char const text[] = {static_cast<char>(byte), 0};
+                _WideString decoded;
+                EXPECT_TRUE(_StringUtility::convertDataStringToWideString(text, decoded, published.format));
+                EXPECT_EQ(textOf(decoded), std::u16string(1, static_cast<char16_t>(unit))) << byte;
+            }
+        }
+        iconv_close(converter);
+    }
+}
+
+/// The first entry in ascending order.
+char encodeSlowly(CodePage const & page, unsigned unit) {
+    for (std::size_t entry = 0; entry < page.entryCount; ++entry) {
+        if (page.entries[entry].unicode == unit) {
+            return static_cast<char>(page.entries[entry].code);
+        }
+    }
+    return '?';
+}
+
+TEST(CodePages, EveryUnitEncodesToItsFirstEntry) {
+    for (PublishedPage const & published : publishedPages) {
+        SCOPED_TRACE(published.charset);
+        CodePage const & page = *findCodePage(published.format);
+        std::u16string units;
+        std::string expected;
+        for (unsigned unit = 1; unit <= 0xFFFF; ++unit) {
+            units += static_cast<char16_t>(unit);
+            expected += encodeSlowly(page, unit);
+        }
+        _DataString encoded;
+        EXPECT_TRUE(_StringUtility::convertWideStringToDataString(wideText(units), encoded, published.format));
+        EXPECT_EQ(textOf(encoded), expected);
+    }
+}
+
+TEST(CodePages, MixedTextsConvertAsTheirUnitsDo) {
+    std::mt19937 random(5);
+    auto below = [&random](unsigned limit) { return static_cast<unsigned>(random() % limit); };
+    for (int round = 0; round < 3000; ++round) {
+        CodePage const & page = *findCodePage(publishedPages[below(std::size(publishedPages))].format);
+        std::string bytes;
+        std::u16string units;
+        std::string expected;
+        for (unsigned count = below(100); count > 0; --count) {
+            // Stretches of ASCII, of the page's own units, and now and then anything.
+            unsigned const kind = below(40);
+            auto const byte = static_cast<unsigned char>(kind < 20 ? 0x20 + below(0x5F) : 1 + below(255));
+            unsigned const unit = kind == 0 ? 1 + below(0xFFFF) : page.units[byte];
+            bytes += static_cast<char>(byte);
+            units += static_cast<char16_t>(unit);
+            expected += encodeSlowly(page, unit);
+        }
+        _DataString encoded;
+        encodeTo(page, viewOf(wideText(units)), encoded);
+        ASSERT_EQ(textOf(encoded), expected);
+        _WideString decoded;
+        decodeTo(page, {bytes.data(), bytes.size()}, decoded);
+        for (std::size_t index = 0; index < bytes.size(); ++index) {
+            ASSERT_EQ(decoded[static_cast<std::int32_t>(index)], page.units[static_cast<unsigned char>(bytes[index])]);
+        }
+        ASSERT_EQ(decoded.get_length(), bytes.size());
+    }
+}
+
+TEST(CodePages, RefusalsLeaveOrEmptyTheResult) {
+    struct {
+        std::int32_t format;
+        bool isCodePage;
+        bool isCleared; ///< the result of decoding
+    } const cases[] = {{-1, false, false}, {5, false, false}, {15, false, false}, {16, true, false}, {25, false, true},
+                       {27, false, true},  {29, false, true}, {30, true, false},  {31, false, false}};
+    for (auto const & row : cases) {
+        auto const format = static_cast<Format>(row.format);
+        _WideString wide(u"before"_w);
+        _DataString data("before");
+        EXPECT_EQ(_StringUtility::convertDataStringToWideString("", wide, format), row.isCodePage) << row.format;
+        EXPECT_EQ(wide.isEmpty(), row.isCodePage || row.isCleared) << row.format;
+        EXPECT_EQ(_StringUtility::convertWideStringToDataString(u""_w, data, format), row.isCodePage) << row.format;
+        EXPECT_EQ(data.isEmpty(), row.isCodePage) << row.format;
+        wide = u"before"_w;
+        data = "before";
+        EXPECT_FALSE(_StringUtility::convertDataStringToWideString(nullptr, wide, format));
+        EXPECT_FALSE(_StringUtility::convertWideStringToDataString(nullptr, data, format));
+        EXPECT_EQ(wide.compare("before"), 0);
+        EXPECT_STREQ(data, "before");
+    }
+}
+
+TEST(Numbers, AreReadByTheirGrammar) {
+    struct {
+        unsigned short int const * text;
+        bool isDecimal;
+        char const * digits; ///< null where the text is not hexadecimal
+        std::int32_t decimal;
+        std::int32_t hex;
+        std::int32_t number;
+    } const cases[] = {
+        {u""_w, true, nullptr, 0, 0, 0},
+        {u"007"_w, true, nullptr, 7, 0, 7},
+        {u"-5"_w, false, nullptr, 0, 0, -1},
+        {u"4294967295"_w, true, nullptr, -1, 0, -1},
+        {u"4294967297"_w, true, nullptr, 1, 0, 1},
+        {u"100000000000000000000000000000007"_w, true, nullptr, 7, 0, 7},
+        {u"12a"_w, false, nullptr, 0, 0, -1},
+        {u"\u0661"_w, false, nullptr, 0, 0, -1},
+        {u"ff"_w, false, nullptr, 0, 0, -1},
+        {u"x"_w, false, nullptr, 0, 0, -1},
+        {u"0x"_w, false, nullptr, 0, 0, -1},
+        {u"X1"_w, false, nullptr, 0, 0, -1},
+        {u"0X1"_w, false, "1", 0, 1, 1},
+        {u"xAF"_w, false, "af", 0, 0xAF, 0xAF},
+        {u"0XaF"_w, false, "af", 0, 0xAF, 0xAF},
+        {u"0x0000000F"_w, false, "0000000f", 0, 15, 15},
+        {u"0x123456789"_w, false, nullptr, 0, 0, -1},
+        {u"x123456789"_w, false, nullptr, 0, 0, -1},
+        {u"0xFFFFFFFF"_w, false, "ffffffff", 0, -1, -1},
+        {u"0x80000000"_w, false, "80000000", 0, INT32_MIN, INT32_MIN},
+        {u"0x1G"_w, false, nullptr, 0, 0, -1},
+        {u"0x1@"_w, false, nullptr, 0, 0, -1},
+        {u"0x\x10"_w, false, nullptr, 0, 0, -1},
+        {u"00x1"_w, false, nullptr, 0, 0, -1},
+        {nullptr, false, nullptr, 0, -1, -1},
+    };
+    for (auto const & row : cases) {
+        SCOPED_TRACE(testing::PrintToString(textOf(row.text)));
+        _WideString digits(u"before"_w);
+        EXPECT_EQ(_StringUtility::isDecimalWideString(row.text), row.isDecimal);
+        EXPECT_EQ(_StringUtility::isHexWideString(row.text, &digits), row.digits != nullptr);
+        EXPECT_EQ(_StringUtility::isHexWideString(row.text, nullptr), row.digits != nullptr);
+        EXPECT_EQ(digits.compare(row.digits != nullptr ? row.digits : "before"), 0);
+        EXPECT_EQ(_StringUtility::decWideStringToLong(row.text), row.decimal);
+        EXPECT_EQ(_StringUtility::hexWideStringToLong(row.text), row.hex);
+        EXPECT_EQ(_StringUtility::numWideStringToLong(row.text), row.number);
+    }
+}
+
+TEST(Numbers, UnitsPrintInHexadecimal) {
+    for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
+        char expected[8];
+        std::snprintf(expected, sizeof expected, "%x", unit);
+        auto const value = static_cast<unsigned short int>(unit);
+        ASSERT_STREQ(_StringUtility::wideCharToHexDataString(value), expected);
+        ASSERT_EQ(_StringUtility::wideCharToHexWideString(value).compare(expected), 0);
+    }
+}
+
+TEST(References, StandForTheirUnit) {
+    struct {
+        unsigned short int const * text;
+        unsigned short int unit;
+    } const cases[] = {
+        {u"&#65;"_w, 0x41},      {u"&#x41;"_w, 0x41},   {u"&#X41;"_w, 0},        {u"&#9;"_w, 0xFFFF},
+        {u"&#09;"_w, 9},         {u"&#x9;"_w, 9},       {u"&#xx;"_w, 0},         {u"&#x1F600;"_w, 0xF600},
+        {u"&#65535;"_w, 0xFFFF}, {u"&#65601;"_w, 0x41}, {u"&#x123456789;"_w, 0}, {u"&#-1;"_w, 0},
+        {u"&amp;"_w, 0xFFFF},    {u"&#65"_w, 0xFFFF},   {u" &#65;"_w, 0xFFFF},   {u"&#65; "_w, 0xFFFF},
+        {u"\u0026#65;;"_w, 0},   {u""_w, 0xFFFF},       {nullptr, 0xFFFF},
+    };
+    for (auto const & row : cases) {
+        EXPECT_EQ(_StringUtility::wideStringCodeToWideChar(row.text), row.unit)
+            << testing::PrintToString(textOf(row.text));
+    }
+}
+
+TEST(References, DecodingResolvesNumbersAndDropsOtherGroups) {
+    struct {
+        unsigned short int const * text;
+        std::u16string decoded;
+    } const cases[] = {
+        {u""_w, u""},
+        {u"plain"_w, u"plain"},
+        {u"a&#x41;b"_w, u"aAb"},
+        {u"a&amp;b"_w, u"ab"},
+        {u"a&b"_w, u"a&b"},
+        {u"a;b&c"_w, u"a;b&c"},
+        {u"a & b; c"_w, u"a  c"},
+        {u"&#233;&#234;"_w, u"\u00E9\u00EA"},
+        {u"&#65535;x"_w, u"x"},
+        {u"a&&#65;b"_w, u"ab"},
+        {u"&#65;&#66"_w, u"A&#66"},
+        // A unit of value 0 is overwritten by what is appended behind it and leaves its place at the end.
+        {u"a&#X41;bc&#00;d"_w, std::u16string(u"abcd\0\0", 6)},
+    };
+    for (auto const & row : cases) {
+        _WideString result(u"before"_w);
+        EXPECT_TRUE(
+            _StringUtility::convertWideStringToWideString(row.text, result, _StringUtility::operationDecode, 127));
+        EXPECT_EQ(textOf(result), row.decoded);
+        EXPECT_EQ(result.get_size(), (row.decoded.size() + 1) * 2);
+    }
+}
+
+TEST(References, EncodingWritesUnitsAboveTheLimit) {
+    struct {
+        unsigned short int const * text;
+        unsigned short int limit;
+        std::u16string encoded;
+    } const cases[] = {
+        {u""_w, 127, u""},
+        {u"\x7F\x80\u00E9z"_w, 127, u"\x7F&#x80;&#xe9;z"},
+        {u"eight units and then \uFFFF, \u20AC"_w, 127, u"eight units and then &#xffff;, &#x20ac;"},
+        {u"\u20AC\uFFFF"_w, 0xFFFF, u"\u20AC\uFFFF"},
+        {u"\u7FFF\u8000"_w, 0x7FFF, u"\u7FFF&#x8000;"},
+        {u"a&b"_w, 0, u"&#x61;&#x26;&#x62;"},
+    };
+    for (auto const & row : cases) {
+        _WideString result(u"before"_w);
+        EXPECT_TRUE(_StringUtility::convertWideStringToWideString(row.text, result, _StringUtility::operationEncode,
+                                                                  row.limit));
+        EXPECT_EQ(textOf(result), row.encoded);
+    }
+}
+
+TEST(References, ConversionRefusesAndTakesItsOwnResult) {
+    _WideString result(u"before &#65;"_w);
+    EXPECT_FALSE(_StringUtility::convertWideStringToWideString(nullptr, result, _StringUtility::operationDecode, 127));
+    EXPECT_EQ(result.compare("before &#65;"), 0);
+    EXPECT_TRUE(_StringUtility::convertWideStringToWideString(result, result, _StringUtility::operationDecode, 127));
+    EXPECT_EQ(result.compare("before A"), 0);
+    EXPECT_TRUE(_StringUtility::convertWideStringToWideString(result, result, _StringUtility::operationDecode, 127));
+    EXPECT_EQ(result.compare("before A"), 0);
+    EXPECT_FALSE(_StringUtility::convertWideStringToWideString(u"x"_w, result,
+                                                               static_cast<_StringUtility::StringOperation>(2), 127));
+    EXPECT_TRUE(result.isEmpty());
+}
+
+} // namespace
