@@ -1,12 +1,19 @@
+#include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <morvane/core/literals.h>
+#include <morvane/core/system_utility.h>
+#include <morvane/core/windows_version.h>
 #include <morvane/platform/last_error.h>
 #include <morvane/platform/modules.h>
 #include <morvane/platform/show_text.h>
 #include <morvane/platform/shown_text.h>
+#include <morvane/streams/file_utility.h>
 #include <string>
+#include <system_error>
+#include <vector>
 
 using namespace morvane::literals;
 using namespace morvane::platform;
@@ -95,6 +102,104 @@ TEST(Modules, ThatCannotBeLoadedLeaveALastError) {
         EXPECT_NE(errno, 0);
     }
     EXPECT_EQ(loadModule(nullptr), nullptr);
+}
+
+TEST(ModuleFileName, IsCutAt255Units) {
+    TemporaryFolder const folder;
+    std::filesystem::path deep = folder.path;
+    while (deep.u16string().size() < 300) {
+        deep /= std::u16string(40, u'\u20AC');
+        std::filesystem::create_directory(deep);
+    }
+    deep /= samplePath.filename();
+    std::filesystem::copy_file(samplePath, deep);
+    HINSTANCE__ * const module = loadModule(Units(deep.u16string()));
+    ASSERT_NE(module, nullptr);
+    EXPECT_EQ(pathOf(module), deep.u16string());
+    EXPECT_EQ(textOf(_SystemUtility::getModuleFileName(module)), deep.u16string().substr(0, 255));
+    EXPECT_TRUE(unloadModule(module));
+    EXPECT_TRUE(_SystemUtility::getModuleFileName(module).isEmpty());
+}
+
+TEST(CurrentDirectory, IsThatOfTheLibraryModuleOrOfTheProgram) {
+    std::filesystem::path const program = std::filesystem::read_symlink("/proc/self/exe");
+    EXPECT_EQ(textOf(_SystemUtility::getModuleFileName(nullptr)), program.u16string());
+    EXPECT_EQ(textOf(_SystemUtility::getCurrentDirectory()), program.parent_path().u16string() + u"/");
+    HINSTANCE__ * const module = loadModule(Units(samplePath.u16string()));
+    EXPECT_EQ(textOf(_SystemUtility::getCurrentDirectory()), samplePath.parent_path().u16string() + u"/");
+    EXPECT_TRUE(unloadModule(module));
+}
+
+TEST(FilePath, KeepsDriveAndDirectory) {
+    std::u16string const longest(255, u'd');
+    struct {
+        std::u16string path, expected;
+    } const rows[] = {
+        {u"c:\\folder\\name.txt", u"c:\\folder\\"},
+        {u"/folder/name", u"/folder/"},
+        {u"name", u""},
+        {u"", u""},
+        {u"c:name", u"c:"},
+        {u"c:", u"c:"},
+        {u":", u""},
+        {u"::", u"::"},
+        {u"/", u"/"},
+        {u"folder/", u"folder/"},
+        {u"a\\b/c\\d", u"a\\b/c\\"},
+        {u"a/b\\c/d", u"a/b\\c/"},
+        {longest.substr(1) + u"/name", longest.substr(1) + u"/"},
+        {longest + u"/name", longest},
+        {u"c:" + longest + longest + u"/name", u"c:" + longest},
+        {longest + longest, u""},
+    };
+    for (auto const & row : rows) {
+        EXPECT_EQ(textOf(_SystemUtility::filePath(Units(row.path))), row.expected);
+    }
+    EXPECT_TRUE(_SystemUtility::filePath(nullptr).isEmpty());
+}
+
+TEST(WindowsVersion, IsReadFromTheVersionWord) {
+    struct {
+        std::uint32_t word;
+        TWindowsVersion expected;
+    } const rows[] = {
+        {0x80000A03, windowsWin32s},  {0x80005A00, windowsWin32s},  {0x80000004, windows95},
+        {0x80000006, windows95},      {0xC0000A04, windows98},      {0x80005A04, windowsMe},
+        {0x80000B04, windowsUnknown}, {0x05650004, windowsNT4},     {0x00005A04, windowsNT4},
+        {0x00000005, windows2000},    {0x00000105, windowsXP},      {0x00000205, windowsUnknown},
+        {0x00000006, windowsUnknown}, {0x00000003, windowsUnknown}, {0, windowsUnknown},
+    };
+    for (auto const & row : rows) {
+        EXPECT_EQ(morvane::windowsVersionOf(row.word), row.expected) << std::hex << row.word;
+    }
+}
+
+TEST(LastError, HasTheTextOfTheSystem) {
+    TemporaryFolder const folder;
+    EXPECT_EQ(_FileUtility::fileOpen(Units((folder.path / "missing").u16string()), 0), -1);
+    std::string const expected = std::generic_category().message(ENOENT);
+    EXPECT_EQ(textOf(_SystemUtility::getLastErrorString()), std::u16string(expected.begin(), expected.end()));
+}
+
+std::u16string shownText;
+
+TEST(LastError, IsShownByThePresenter) {
+    TextPresenter const first =
+        setTextPresenter([](unsigned short int const * text, unsigned short int const * caption) {
+            shownText = textOf(caption) + u"|" + textOf(text);
+        });
+    setLastError(ENOENT);
+    std::u16string const expected = textOf(_SystemUtility::getLastErrorString());
+    _SystemUtility::displayLastError();
+    EXPECT_EQ(shownText, u"error|" + expected);
+    EXPECT_NE(setTextPresenter(nullptr), nullptr);
+    _SystemUtility::displayLastError();
+    EXPECT_EQ(setTextPresenter(first), nullptr);
+
+    testing::internal::CaptureStderr();
+    showText(u"\xD83D\xDE00 \xDE00 \u00E9"_w, u"error"_w);
+    showText(u"closed\n"_w, nullptr);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "error: \U0001F600 \uFFFD \u00E9\n: closed\n");
 }
 
 } // namespace
