@@ -11,6 +11,7 @@
 #include <morvane/platform/last_error.h>
 #include <morvane/streams/file_utility.h>
 #include <random>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -291,11 +292,18 @@ TEST_F(Files, SeekWithin31BitsAndStayWhereTheyCannot) {
 
 TEST_F(Files, TakeCountsBeyondTheLargestResult) {
     FileName const name = folder.put("file", "0123456789");
+    constexpr std::uint32_t count = 0xFFFFFFFF;
+    void * const buffer =
+        mmap(nullptr, count, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(buffer, MAP_FAILED);
     std::int32_t const handle = _FileUtility::fileOpen(name, 0);
-    char bytes[16];
-    EXPECT_EQ(_FileUtility::fileRead(handle, bytes, 0), 0);
-    EXPECT_EQ(_FileUtility::fileRead(handle, bytes, 0xFFFFFFFF), 10);
+    EXPECT_EQ(_FileUtility::fileRead(handle, buffer, 0), 0);
+    EXPECT_EQ(_FileUtility::fileRead(handle, buffer, count), 10);
     EXPECT_TRUE(_FileUtility::fileClose(handle));
+    std::int32_t const sink = _FileUtility::fileOpen(u"/dev/null"_w, 2);
+    EXPECT_EQ(_FileUtility::fileWrite(sink, buffer, count), 0x7FFFFFFF) << "the system moves less in one call";
+    EXPECT_TRUE(_FileUtility::fileClose(sink));
+    munmap(buffer, count);
 }
 
 TEST_F(Files, GiveTheCountWhereADiskTakesNoMore) {

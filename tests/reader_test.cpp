@@ -1,0 +1,239 @@
+#include <bit>
+#include <gtest/gtest.h>
+#include <morvane/streams/file_utility.h>
+#include <morvane/streams/memory_stream.h>
+#include <morvane/streams/persistant.h>
+#include <morvane/streams/reader.h>
+#include <morvane/strings/data_string.h>
+#include <optional>
+#include <random>
+#include <stream_testing.h>
+#include <temporary_folder.h>
+
+namespace {
+
+std::string numberedBytes(std::size_t count) {
+    std::string bytes;
+    for (std::size_t index = 0; index < count; ++index) {
+        bytes.push_back(static_cast<char>(index * 7 + 1));
+    }
+    return bytes;
+}
+
+TEST(Reader, CallsTheStreamOnlyWhereTheBufferEnds) {
+    RecordingStream stream(numberedBytes(20));
+    stream.position = 2;
+    std::optional<_Reader> reader(std::in_place, stream, 4);
+    EXPECT_EQ(stream.calls(), "c0 e0 b2 c0 r4 ");
+    reader->readByte();
+    reader->readWord();
+    EXPECT_EQ(stream.calls(), "");
+    reader->readWord();
+    EXPECT_EQ(stream.calls(), "c-1 c0 e0 b5 c0 r4 ");
+    char target[8];
+    EXPECT_EQ(reader->read(target, 5), 5);
+    EXPECT_EQ(stream.calls(), "c-2 r5 c0 e0 b12 c0 r4 ");
+    EXPECT_EQ(std::string(target, 5), stream.bytes.substr(7, 5));
+    EXPECT_EQ(reader->read(target, 0), 0);
+    reader->readByte();
+    reader.reset();
+    EXPECT_EQ(stream.calls(), "c-3 ");
+    EXPECT_EQ(stream.position, 13) << "what was not taken went back";
+}
+
+TEST(Reader, ReadsWhatTheStreamReads) {
+    std::mt19937 random(3);
+    for (std::int32_t const bufferSize : {-5, 0, 1, 3, 8, 64, 10000}) {
+        RecordingStream plain(numberedBytes(3000));
+        RecordingStream ahead(numberedBytes(3000));
+        {
+            _Reader reader(ahead, bufferSize);
+            while (plain.position < 2900) {
+                switch (random() % 10) {
+                case 0:
+                    ASSERT_EQ(reader.readByte(), plain.readByte());
+                    break;
+                case 1:
+                    ASSERT_EQ(reader.readChar(), plain.readChar());
+                    break;
+                case 2:
+                    ASSERT_EQ(reader.readBoolean(), plain.readBoolean());
+                    break;
+                case 3:
+                    ASSERT_EQ(reader.readWord(), plain.readWord());
+                    break;
+                case 4:
+                    ASSERT_EQ(reader.readShort(), plain.readShort());
+                    break;
+                case 5:
+                    ASSERT_EQ(reader.readLong(), plain.readLong());
+                    break;
+                case 6:
+                    ASSERT_EQ(reader.readLongWord(), plain.readLongWord());
+                    break;
+                case 7:
+                    ASSERT_EQ(reader.readValue(), DataType(plain.readLong()));
+                    break;
+                case 8: {
+                    std::uint32_t const count = static_cast<std::uint32_t>(random() % 20);
+                    ASSERT_EQ(bytesOf(reader.readText(count)), bytesOf(plain.readText(count)));
+                    break;
+                }
+                default: {
+                    // Compared by their bits: not every pattern equals itself as a number.
+                    ASSERT_EQ(std::bit_cast<std::uint32_t>(reader.readFloat()),
+                              std::bit_cast<std::uint32_t>(plain.readFloat()));
+                    ASSERT_EQ(std::bit_cast<std::uint64_t>(reader.readDouble()),
+                              std::bit_cast<std::uint64_t>(plain.readDouble()));
+                }
+                }
+            }
+        }
+        EXPECT_EQ(ahead.position, plain.position) << bufferSize;
+    }
+}
+
+TEST(Reader, FailsBeyondTheEndAsTheStreamDoes) {
+    for (std::int32_t const bufferSize : {0, 3, 4, 100}) {
+        RecordingStream stream(numberedBytes(10));
+        {
+            _Reader reader(stream, bufferSize);
+            reader.readLong();
+            reader.readWord();
+            reader.readByte();
+            char target[4] = "...";
+            EXPECT_TRUE(fails([&] { reader.read(target, 4); })) << bufferSize;
+            EXPECT_EQ(std::string(target, 3), stream.bytes.substr(7)) << "what was left has been taken";
+            EXPECT_TRUE(fails([&] { reader.readByte(); }));
+            EXPECT_TRUE(fails([&] { reader.read(target, -1); }));
+            EXPECT_EQ(reader.read(target, 0), 0);
+        }
+        EXPECT_EQ(stream.position, 10);
+    }
+}
+
+TEST(Reader, LeavesTheStreamWhereTheReadingStandsAfterAFailure) {
+    RecordingStream stream(numberedBytes(20));
+    {
+        _Reader reader(stream, 4);
+        reader.readByte();
+        stream.mostMoved = 2;
+        EXPECT_TRUE(fails([&] { reader.readLong(); }));
+        EXPECT_EQ(stream.position, 1);
+        stream.mostMoved = 20;
+        EXPECT_EQ(reader.readByte(), static_cast<unsigned char>(stream.bytes[1]));
+    }
+    EXPECT_EQ(stream.position, 2);
+    stream.mostMoved = 2;
+    EXPECT_TRUE(fails([&] { _Reader(stream, 4); }));
+    EXPECT_EQ(stream.position, 2);
+}
+
+TEST(Reader, ReadsStreamsThatCannotTellTheirSize) {
+    RecordingStream stream(numberedBytes(20));
+    stream.seekable = false;
+    _Reader reader(stream, 8);
+    EXPECT_EQ(bytesOf(reader.readText(5)), stream.bytes.substr(0, 5));
+    EXPECT_EQ(bytesOf(reader.readText(15)), stream.bytes.substr(5));
+    EXPECT_TRUE(fails([&] { reader.readByte(); }));
+}
+
+TEST(Reader, MayStandPastTheEnd) {
+    unsigned char bytes[4]{};
+    _MemoryStream stream(bytes, 4);
+    for (std::int32_t const position : {4, 100}) {
+        stream.setPosition(position);
+        _Reader reader(stream, 8);
+        EXPECT_TRUE(fails([&] { reader.readByte(); }));
+    }
+}
+
+TEST(Reader, BelievesNoStoredLength) {
+    RecordingStream stream;
+    stream.writeString("text");
+    stream.writeLong(-1);
+    stream.writeLong(0x7FFFFFFF);
+    stream.position = 0;
+    _Reader reader(stream, 6);
+    EXPECT_EQ(bytesOf(reader.readString()), "text");
+    EXPECT_TRUE(fails([&] { reader.readString(); }));
+    EXPECT_TRUE(fails([&] { reader.readString(); }));
+    EXPECT_TRUE(fails([&] { reader.readText(0x80000000); }));
+}
+
+TEST(Reader, GivesBackOnceAmongCopies) {
+    RecordingStream stream(numberedBytes(20));
+    RecordingStream other(numberedBytes(20));
+    std::optional<_Reader> first(std::in_place, stream, 8);
+    std::optional<_Reader> second(*first);
+    first->readByte();
+    second->readWord();
+    stream.calls();
+    first.reset();
+    EXPECT_EQ(stream.calls(), "");
+    std::optional<_Reader> third(std::in_place, other, 8);
+    third->readByte();
+    other.calls();
+    *third = *second;
+    *third = *&*third;
+    EXPECT_EQ(other.calls(), "c-7 ") << "assignment lets go";
+    second.reset();
+    EXPECT_EQ(third->readByte(), static_cast<unsigned char>(stream.bytes[2]));
+    EXPECT_EQ(stream.calls(), "");
+    third.reset();
+    EXPECT_EQ(stream.calls(), "c-5 ");
+}
+
+class Note : public _Persistant {
+public:
+    bool _loadFromStream(_Stream & stream) override {
+        text = bytesOf(stream.readString());
+        return true;
+    }
+    bool _saveToStream(_Stream & stream) override {
+        stream.writeString(text.c_str());
+        return true;
+    }
+
+    std::string text;
+};
+
+TEST(Persistant, CarriesAnObjectThroughAFile) {
+    TemporaryFolder const folder;
+    FileName const name = folder.put("file", "former, longer text");
+    Note note;
+    note.text = "text";
+    EXPECT_TRUE(note._saveToFile(name));
+    EXPECT_EQ(folder.get("file"), std::string("\4\0\0\0text", 8));
+    Note loaded;
+    EXPECT_TRUE(loaded._loadFromFile(name));
+    EXPECT_EQ(loaded.text, "text");
+    EXPECT_FALSE(loaded._loadFromFile(folder.name("missing")));
+    EXPECT_TRUE(fails([&] { note._saveToFile(folder.name("missing/file")); }));
+}
+
+TEST(Persistant, ClosesTheFileWhateverHappens) {
+    TemporaryFolder const folder;
+    FileName const name = folder.put("file", "\4");
+    auto const isClosed = [&] {
+        std::int32_t const handle = _FileUtility::fileOpen(name, 2);
+        return handle >= 0 && _FileUtility::fileClose(handle);
+    };
+    EXPECT_TRUE(fails([&] { Note()._loadFromFile(name); }));
+    EXPECT_TRUE(isClosed());
+    std::int32_t const handle = _FileUtility::fileOpen(name, 0);
+    EXPECT_TRUE(fails([&] { Note()._loadFromFile(name); }));
+    EXPECT_TRUE(fails([&] { Note()._saveToFile(name); }));
+    _FileUtility::fileClose(handle);
+
+    _Persistant base;
+    EXPECT_FALSE(base._loadFromFile(name));
+    EXPECT_FALSE(base._saveToFile(name));
+    EXPECT_EQ(folder.get("file"), "");
+    EXPECT_TRUE(isClosed());
+    EXPECT_EQ(bytesOf(base._toString()), "");
+    EXPECT_TRUE(base._deepCopy(_Object()));
+    EXPECT_TRUE(base._isEqual(_Object()));
+}
+
+} // namespace
