@@ -1,0 +1,92 @@
+// Exceptions of the library's classes, thrown by its clients through its own calls. It links the shared library.
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <morvane/core/exception.h>
+#include <morvane/core/memory_exception.h>
+#include <morvane/streams/persistant.h>
+#include <string>
+
+namespace {
+
+constexpr auto clientCode = static_cast<_Exception::ExceptionError>(-7);
+
+std::string textOf(_Exception const & exception) {
+    _WideString const message = exception.get_message();
+    return {message.arg(), message.arg() + message.get_length()};
+}
+
+/// Throws while the library calls it.
+template <typename Exception>
+struct Thrower : _Persistant {
+    bool _saveToStream(_Stream &) override {
+        Exception exception;
+        exception.set_code(clientCode);
+        exception.set_message("client");
+        throw exception;
+    }
+};
+
+class ExceptionTest : public testing::Test {
+protected:
+    ExceptionTest() {
+        std::string name = (std::filesystem::temp_directory_path() / "morvane-exception-XXXXXX").string();
+        folder = mkdtemp(name.data());
+        std::u16string const path = (folder / "file").u16string();
+        filename.assign(path.begin(), path.end());
+    }
+    ~ExceptionTest() override { std::filesystem::remove_all(folder); }
+
+    std::filesystem::path folder;
+    std::basic_string<unsigned short int> filename;
+};
+
+TEST_F(ExceptionTest, IsCaughtByItsOwnTypeAndItsBases) {
+    Thrower<_MemoryException> memory;
+    Thrower<_Exception> plain;
+    EXPECT_THROW(memory._saveToFile(filename.c_str()), _MemoryException);
+    EXPECT_THROW(memory._saveToFile(filename.c_str()), _Object);
+    try {
+        memory._saveToFile(filename.c_str());
+        ADD_FAILURE();
+    } catch (_Exception const & exception) {
+        EXPECT_NE(dynamic_cast<_MemoryException const *>(&exception), nullptr);
+        EXPECT_EQ(exception.get_code(), clientCode);
+        EXPECT_EQ(textOf(exception), "client");
+    }
+    try {
+        memory._saveToFile(filename.c_str());
+        ADD_FAILURE();
+    } catch (_Exception exception) { // NOLINT(misc-throw-by-value-catch-by-reference): a copy is what is tested
+        EXPECT_EQ(exception.get_code(), clientCode);
+        EXPECT_EQ(textOf(exception), "client");
+    }
+    try {
+        plain._saveToFile(filename.c_str());
+        ADD_FAILURE();
+    } catch (_MemoryException const &) {
+        ADD_FAILURE();
+    } catch (_Object const & object) {
+        EXPECT_EQ(typeid(object), typeid(_Exception));
+    }
+}
+
+TEST(Exception, CopiesHoldTheirOwnText) {
+    _MemoryException source;
+    EXPECT_EQ(source.get_code(), _Exception::ExceptionError{});
+    EXPECT_EQ(textOf(source), "");
+    source.set_code(clientCode);
+    source.set_message("first");
+    _MemoryException const copy(source);
+    _MemoryException assigned;
+    assigned = source;
+    assigned = *&assigned;
+    source.set_message("second");
+    for (_Exception const & exception : {copy, assigned}) {
+        EXPECT_EQ(exception.get_code(), clientCode);
+        EXPECT_EQ(textOf(exception), "first");
+    }
+    EXPECT_EQ(textOf(source), "second");
+}
+
+} // namespace
