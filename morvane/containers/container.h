@@ -24,7 +24,12 @@ public:
     _Container() { deleteAll_ = true; }
     /// Shares the list of `other` and takes over its flag.
     _Container(_Container const & other) : _MutableArray(other, other.deleteAll_) {}
-    ~_Container() override;
+    /// Lets go of the list and of its items.
+    ~_Container() override {
+        if (get_list() != nullptr) {
+            letGo();
+        }
+    }
 
     /// Lets go of the list and of its items, and becomes a copy of `other`.
     _Container & operator=(_Container const & other);

@@ -5,6 +5,8 @@
 #include <morvane/containers/array.h>
 #include <morvane/export.h>
 
+class _Object;
+
 /// A list of bare pointers that grows at its end and owns nothing that they point to.
 ///
 /// Use it for pointers that somebody else owns; `_Container` owns its items, `_WideStringArray` its texts.
@@ -46,22 +48,10 @@ public:
     virtual void deleteAt(std::uint32_t index, std::uint32_t number);
 
     /// Stores `item` in the entry at `index`; ignored outside `size`. `count` stays.
-    void setItem(std::uint32_t index, void * item) {
-        if (index < size) {
-            list[index] = item;
-        }
-    }
+    void setItem(std::uint32_t index, void * item);
 
     /// Appends `item`, which may be null, and gives its index; -1 when the heap refuses or 32 bits count no more.
-    std::uint32_t add(void * item) {
-        std::uint32_t const index = get_count();
-        if (index >= size && !grow()) {
-            return static_cast<std::uint32_t>(-1);
-        }
-        list[index] = item;
-        set_count(index + 1);
-        return index;
-    }
+    std::uint32_t add(void * item);
     /// Appends the items of `other` in their order; of the array itself, those that it has at the call.
     void append(_Array const & other);
     /// `deleteAll`, then `append` of `other`. The array itself as `other` changes nothing.
@@ -95,7 +85,6 @@ protected:
 
 private:
     friend class _Container;
-    friend class _WideStringArray;
 
     /// Shares the list of `other`, with the flag set first.
     _MutableArray(_MutableArray const & other, bool ownsItems);
@@ -107,8 +96,23 @@ private:
 
     /// Makes room for one more item; false when that cannot be done.
     bool grow();
-    /// Leaves the list to those that share it. The last one releases it; the last one with the flag deletes the items.
+    /// Prepares the entry behind the items, which is not null, for one: `left` is what `add` deletes, if anything.
+    bool takeEntry(_Object *& left);
+
+    /// `append` of an array that has the same list.
+    void appendAgain(_MutableArray const & other);
+
+    /// Enters one more sharer for the list `joined`, which may be null.
+    static void join(void ** joined, bool ownsItems);
+    /// Leaves the list to those that share it; the last one releases it, and the last one that owns the items deletes
+    /// them first.
     void letGo();
+    /// The same without a look at the items.
+    void leave();
+    /// Deletes the items of all that shared the list; the others read null then.
+    void deleteItems();
+    /// Lets go of the list and becomes a copy of `other`, with this flag.
+    void assign(_MutableArray const & other, bool ownsItems);
     /// Sets the flag, and tells the list so.
     void setOwner(bool value);
 

@@ -1,0 +1,3 @@
+#include <morvane/containers/array.h>
+
+_Array::~_Array() = default;
