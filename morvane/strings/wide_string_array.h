@@ -45,6 +45,15 @@ protected:
     _WideString * getStringItem(std::uint32_t index) const;
 
 private:
+    friend class _WideStringParser;
+
+    /// Moves `text` into a new entry.
+    std::uint32_t addMade(_WideString && text);
+    /// The pool, made where it was missing.
+    std::shared_ptr<morvane::StringPool> const & needPool() const;
+    /// Gives the pool what stands in the list and was not made there.
+    void adoptEntries() noexcept;
+
     /// The texts that this array and its copies own; null as long as there is nothing to own.
     mutable std::shared_ptr<morvane::StringPool> pool;
 };

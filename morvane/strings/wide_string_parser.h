@@ -98,6 +98,7 @@ public:
 private:
     /// The position, or the length of the text where that lies outside.
     std::uint32_t place() const;
+    std::int32_t parseWords(_WideStringArray * target, bool reset, bool holdQuotes);
 
     std::int32_t position;
     _WideString wideString;

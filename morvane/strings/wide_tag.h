@@ -35,6 +35,10 @@ public:
     void set_wideString(_WideString value);
 
 private:
+    friend class _WideStringParser;
+
+    _WideTag(_WideString && text, bool isTag);
+
     bool tag;
     _WideString wideString;
 };
