@@ -2,6 +2,7 @@
 
 #include <bit>
 #include <morvane/strings/text_storage.h>
+#include <utility>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -18,11 +19,19 @@ constexpr unsigned char unknownByte = '?';
 /// Units or bytes taken at a step.
 constexpr std::size_t stepUnits = 16;
 
-/// A stretch of units that a page has in sequence: a text of one script stays in it.
-struct Run {
+/// A stretch of units that a page has in sequence.
+struct Stretch {
     unsigned first = 0;
     unsigned span = 0;  ///< units behind the first
     unsigned shift = 0; ///< what a unit is above its byte
+
+    bool has(unsigned unit) const noexcept { return unit - first <= span; }
+};
+
+/// The two stretches that a text met last: one script, capitals and special letters apart, stays in them.
+struct Stretches {
+    Stretch recent{firstUpper, 0, 0}; // U+00A0 is 0xA0 everywhere
+    Stretch former = recent;
 };
 
 /// The index in 0 to 95 of `unit`, which is not 0; `upperBytes` where it isn't there.
@@ -48,48 +57,66 @@ unsigned searchUpper(unsigned short int const * search, unsigned short int unit)
 #endif
 }
 
-/// The byte of a unit from 0xA0 on; moves `run` to the stretch around it.
-unsigned char encodeUpper(unsigned short int const * search, unsigned short int unit, Run & run) noexcept {
-    if (unit - run.first <= run.span) {
-        return static_cast<unsigned char>(unit - run.shift);
+/// The byte of a unit from 0xA0 on, whose stretch becomes the recent one.
+unsigned char encodeUpper(CodePage const & page, unsigned short int unit, Stretches & stretches) noexcept {
+    if (!stretches.recent.has(unit)) {
+        std::swap(stretches.recent, stretches.former);
+        if (!stretches.recent.has(unit)) {
+            unsigned const index = searchUpper(page.search, unit);
+            if (index == upperBytes) {
+                return unknownByte;
+            }
+            unsigned const first = page.stretchFirst[index];
+            unsigned const last = page.stretchLast[index];
+            stretches.recent = {page.search[first], last - first, page.search[first] - first - firstUpper};
+        }
     }
-    unsigned const index = searchUpper(search, unit);
-    if (index == upperBytes) {
-        return unknownByte;
-    }
-    unsigned first = index;
-    while (first > 0 && search[first - 1] + 1U == search[first]) {
-        --first;
-    }
-    unsigned last = index;
-    while (last + 1 < upperBytes && search[last] + 1U == search[last + 1]) {
-        ++last;
-    }
-    run = {search[first], last - first, search[first] - first - firstUpper};
-    return static_cast<unsigned char>(index + firstUpper);
+    return static_cast<unsigned char>(unit - stretches.recent.shift);
 }
 
 #ifdef __SSE2__
 
-/// Encodes 16 units that are all below 0xA0 or in the run; false, with nothing written, when one is neither.
-bool encodeStep(unsigned short int const * units, Run const & run, char * target) noexcept {
-    __m128i const zero = _mm_setzero_si128();
-    __m128i const first = _mm_set1_epi16(static_cast<short>(run.first));
-    __m128i const span = _mm_set1_epi16(static_cast<short>(run.span));
-    __m128i const shift = _mm_set1_epi16(static_cast<short>(run.shift));
-    __m128i bytes[2];
-    __m128i isKnown = _mm_cmpeq_epi16(zero, zero);
+/// 16 units on their way to bytes.
+struct Units {
+    __m128i value[2];
+    __m128i isKnown[2]; ///< those whose bytes stand already
+};
+
+bool isDone(Units const & units) noexcept {
+    return _mm_movemask_epi8(_mm_and_si128(units.isKnown[0], units.isKnown[1])) == 0xFFFF;
+}
+
+/// Brings the units of a stretch to their bytes.
+void shift(Units & units, Stretch const & stretch) noexcept {
+    __m128i const first = _mm_set1_epi16(static_cast<short>(stretch.first));
+    __m128i const span = _mm_set1_epi16(static_cast<short>(stretch.span));
+    __m128i const distance = _mm_set1_epi16(static_cast<short>(stretch.shift));
     for (unsigned part = 0; part < 2; ++part) {
-        __m128i const value = _mm_loadu_si128(reinterpret_cast<__m128i const *>(units) + part);
-        __m128i const isLower = _mm_cmpeq_epi16(_mm_subs_epu16(value, _mm_set1_epi16(firstUpper - 1)), zero);
-        __m128i const isInRun = _mm_cmpeq_epi16(_mm_subs_epu16(_mm_sub_epi16(value, first), span), zero);
-        isKnown = _mm_and_si128(isKnown, _mm_or_si128(isLower, isInRun));
-        bytes[part] = _mm_sub_epi16(value, _mm_andnot_si128(isLower, shift));
+        __m128i const behind = _mm_subs_epu16(_mm_sub_epi16(units.value[part], first), span);
+        __m128i const isInside = _mm_andnot_si128(units.isKnown[part], _mm_cmpeq_epi16(behind, _mm_setzero_si128()));
+        units.value[part] = _mm_sub_epi16(units.value[part], _mm_and_si128(isInside, distance));
+        units.isKnown[part] = _mm_or_si128(units.isKnown[part], isInside);
     }
-    if (_mm_movemask_epi8(isKnown) != 0xFFFF) {
-        return false;
+}
+
+/// Encodes 16 units that are all below 0xA0 or in one of the stretches; false, with nothing written, when one is not.
+bool encodeStep(unsigned short int const * source, Stretches const & stretches, char * target) noexcept {
+    Units units;
+    for (unsigned part = 0; part < 2; ++part) {
+        units.value[part] = _mm_loadu_si128(reinterpret_cast<__m128i const *>(source) + part);
+        units.isKnown[part] =
+            _mm_cmpeq_epi16(_mm_subs_epu16(units.value[part], _mm_set1_epi16(firstUpper - 1)), _mm_setzero_si128());
     }
-    _mm_storeu_si128(reinterpret_cast<__m128i *>(target), _mm_packus_epi16(bytes[0], bytes[1]));
+    if (!isDone(units)) {
+        shift(units, stretches.recent);
+        if (!isDone(units)) {
+            shift(units, stretches.former);
+            if (!isDone(units)) {
+                return false;
+            }
+        }
+    }
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(target), _mm_packus_epi16(units.value[0], units.value[1]));
     return true;
 }
 
@@ -130,13 +157,13 @@ void decode(CodePage const & page, DataView text, unsigned short int * target) n
 }
 
 void encode(CodePage const & page, WideView text, char * target) noexcept {
-    Run run{firstUpper, 0, 0}; // U+00A0 is 0xA0 everywhere
+    Stretches stretches;
     std::size_t index = 0;
     while (index < text.length) {
         std::size_t stop = text.length;
 #ifdef __SSE2__
         if (text.length - index >= stepUnits) {
-            if (encodeStep(text.data + index, run, target + index)) {
+            if (encodeStep(text.data + index, stretches, target + index)) {
                 index += stepUnits;
                 continue;
             }
@@ -146,7 +173,7 @@ void encode(CodePage const & page, WideView text, char * target) noexcept {
         for (; index < stop; ++index) {
             unsigned short int const unit = text[index];
             target[index] = static_cast<char>(unit < firstUpper ? static_cast<unsigned char>(unit)
-                                                                : encodeUpper(page.search, unit, run));
+                                                                : encodeUpper(page, unit, stretches));
         }
     }
 }

@@ -24,7 +24,10 @@ struct CodePage {
     std::size_t entryCount;
     unsigned short int const * units;  ///< 256: what each byte decodes to
     unsigned short int const * search; ///< 96: what bytes 0xA0 to 0xFF are the first to stand for; 0 where they are not
-    bool isIdentity;                   ///< every byte stands for its own value
+    /// For each of these 96 the first and last index of the stretch around it in which the units ascend one by one.
+    unsigned char const * stretchFirst;
+    unsigned char const * stretchLast;
+    bool isIdentity; ///< every byte stands for its own value
 };
 
 /// The code page of a text format (16 to 24 and 30); null for every other value.

@@ -19,6 +19,8 @@ struct CodePageRecord {
     CodePageEntry entries[Entries]{};
     unsigned short int units[byteValues]{};
     unsigned short int search[upperBytes]{};
+    unsigned char stretchFirst[upperBytes]{};
+    unsigned char stretchLast[upperBytes]{};
     bool isIdentity = true;
 };
 
@@ -51,6 +53,16 @@ consteval CodePageRecord<Entries> makeRecord(char16_t const (&name)[nameUnits],
             record.search[byte - firstUpper] = unit;
         }
         record.entries[entry++] = {code, unit, static_cast<unsigned short int>(isDefined ? 1 : 0)};
+    }
+    for (std::size_t first = 0, last = 0; first < upperBytes; first = ++last) {
+        while (last + 1 < upperBytes && record.search[last] != 0
+               && record.search[last + 1] == record.search[last] + 1) {
+            ++last;
+        }
+        for (std::size_t index = first; index <= last; ++index) {
+            record.stretchFirst[index] = static_cast<unsigned char>(first);
+            record.stretchLast[index] = static_cast<unsigned char>(last);
+        }
     }
     // Too few or too many entries fail the compilation here or above.
     return entry == Entries ? record : throw entry;
@@ -143,7 +155,8 @@ constexpr auto latin9 = makeRecord<256>(u"ISO-8859-15    ",
 
 template <std::size_t Entries>
 constexpr CodePage pageOf(CodePageRecord<Entries> const & record) {
-    return {record.name, record.entries, Entries, record.units, record.search, record.isIdentity};
+    return {record.name,         record.entries,     Entries,          record.units, record.search,
+            record.stretchFirst, record.stretchLast, record.isIdentity};
 }
 
 constexpr std::int32_t firstFormat = 16;
