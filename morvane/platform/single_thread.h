@@ -7,8 +7,7 @@ namespace morvane::platform {
 extern char const * const singleThreadFlag;
 
 /// True while the process has surely no second thread; false where the system can't tell.
-inline bool isSingleThreaded() noexcept
-{
+inline bool isSingleThreaded() noexcept {
     return *static_cast<char const volatile *>(singleThreadFlag) != 0;
 }
 

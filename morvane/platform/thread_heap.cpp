@@ -1,0 +1,321 @@
+#include <morvane/platform/thread_heap.h>
+
+#include <algorithm>
+#include <morvane/platform/critical_section_guard.h>
+#include <morvane/platform/system_pages.h>
+#include <morvane/platform/thread_exit.h>
+#include <new>
+
+namespace morvane::platform {
+
+constinit ThreadHeap noHeap;
+
+thread_local constinit ThreadHeap * currentHeap = &noHeap;
+
+/// The heaps of threads that have ended.
+///
+/// Lock order: this one, then that of the segments.
+class IdleHeaps {
+public:
+    /// A heap for the calling thread: one that waits, or a new one; null when the system refuses.
+    ThreadHeap * takeOne() noexcept;
+    /// The calling thread ends.
+    void putBack(ThreadHeap & heap) noexcept;
+    /// A page of the class with free blocks from a heap that waits, if the next one to be looked at has one; null
+    /// otherwise.
+    HeapPage * takePage(std::size_t sizeClass) noexcept;
+
+    void releaseAll() noexcept;
+
+    _RTL_CRITICAL_SECTION lock;
+
+private:
+    void append(ThreadHeap & heap) noexcept;
+    ThreadHeap * removeFirst() noexcept;
+
+    std::atomic<ThreadHeap *> first{nullptr};
+    ThreadHeap * last = nullptr;
+    ThreadHeap * all = nullptr;
+};
+
+namespace {
+
+constinit IdleHeaps idleHeaps;
+
+constexpr std::size_t heapBytes = (sizeof(ThreadHeap) + 4095) / 4096 * 4096;
+
+void endThread(void * heap) {
+    currentHeap = &noHeap;
+    idleHeaps.putBack(*static_cast<ThreadHeap *>(heap));
+}
+
+void *& nextRemote(void * block) {
+    return *static_cast<void **>(block);
+}
+
+} // namespace
+
+ThreadHeap * IdleHeaps::takeOne() noexcept {
+    CriticalSectionGuard const guard(lock);
+    ThreadHeap * heap = removeFirst();
+    if (heap == nullptr) {
+        void * const pages = mapPages(heapBytes, alignof(ThreadHeap));
+        if (pages == nullptr) {
+            return nullptr;
+        }
+        heap = new (pages) ThreadHeap;
+        heap->nextOfAll = all;
+        all = heap;
+    }
+    // Without a call at its end the thread's heap stays behind, and its free blocks with it; the thread itself works.
+    setThreadExit(endThread, heap);
+    return heap;
+}
+
+void IdleHeaps::putBack(ThreadHeap & heap) noexcept {
+    CriticalSectionGuard const guard(lock);
+    heap.takeRemote();
+    heap.closeRuns();
+    append(heap);
+}
+
+HeapPage * IdleHeaps::takePage(std::size_t sizeClass) noexcept {
+    if (first.load(std::memory_order_relaxed) == nullptr) {
+        return nullptr;
+    }
+    CriticalSectionGuard const guard(lock);
+    ThreadHeap * const heap = removeFirst();
+    if (heap == nullptr) {
+        return nullptr;
+    }
+    heap->takeRemote();
+    HeapPage * const page = heap->lists[sizeClass].first;
+    if (page != nullptr) {
+        heap->unlist(*page);
+    }
+    append(*heap); // the next look goes to the next heap
+    return page;
+}
+
+void IdleHeaps::releaseAll() noexcept {
+    CriticalSectionGuard const guard(lock);
+    while (all != nullptr) {
+        ThreadHeap * const heap = all;
+        all = heap->nextOfAll;
+        unmapPages(heap, heapBytes);
+    }
+    first.store(nullptr, std::memory_order_relaxed);
+    last = nullptr;
+}
+
+void IdleHeaps::append(ThreadHeap & heap) noexcept {
+    heap.nextIdle = nullptr;
+    if (last != nullptr) {
+        last->nextIdle = &heap;
+    } else {
+        first.store(&heap, std::memory_order_relaxed);
+    }
+    last = &heap;
+}
+
+ThreadHeap * IdleHeaps::removeFirst() noexcept {
+    ThreadHeap * const heap = first.load(std::memory_order_relaxed);
+    if (heap != nullptr) {
+        first.store(heap->nextIdle, std::memory_order_relaxed);
+        if (heap->nextIdle == nullptr) {
+            last = nullptr;
+        }
+    }
+    return heap;
+}
+
+void * ThreadHeap::allocateSlowly(std::size_t sizeClass, std::size_t bytes, bool zeroed) noexcept {
+    if (this == &noHeap) {
+        ThreadHeap * const heap = idleHeaps.takeOne();
+        if (heap == nullptr) {
+            return nullptr;
+        }
+        currentHeap = heap;
+        return heap->allocate(sizeClass, bytes, zeroed);
+    }
+    return refill(sizeClass) ? allocate(sizeClass, bytes, zeroed) : nullptr;
+}
+
+bool ThreadHeap::refill(std::size_t sizeClass) noexcept {
+    Run & run = runs[sizeClass];
+    if (run.page != nullptr && openRun(run, *run.page)) {
+        return true;
+    }
+    HeapPage * const page = nextPage(sizeClass);
+    if (page == nullptr) {
+        return false;
+    }
+    run.page = page;
+    run.blockBytes = page->blockBytes;
+    return openRun(run, *page);
+}
+
+bool ThreadHeap::openRun(Run & run, HeapPage & page) noexcept {
+    std::size_t first = 0;
+    if (page.freeWords != 0) {
+        auto const word = static_cast<std::size_t>(std::countr_zero(page.freeWords));
+        first = word * 64;
+        run.bits = page.freeBits[word];
+        run.zeroed = false;
+        page.freeBits[word] = 0;
+        page.freeWords &= page.freeWords - 1;
+        page.usedBlocks += static_cast<std::uint32_t>(std::popcount(run.bits));
+    } else if (page.openedBlocks < page.capacity) {
+        first = page.openedBlocks;
+        std::size_t const count = std::min<std::size_t>(page.capacity - first, 64);
+        run.bits = ~std::uint64_t{0} >> (64 - count);
+        run.zeroed = page.zeroed;
+        page.openedBlocks = static_cast<std::uint16_t>(first + count);
+        page.usedBlocks += static_cast<std::uint32_t>(count);
+    } else {
+        return false;
+    }
+    run.base = blocksOf(page) + first * page.blockBytes;
+    return true;
+}
+
+HeapPage * ThreadHeap::nextPage(std::size_t sizeClass) noexcept {
+    Run const & run = runs[sizeClass];
+    PageList const & list = lists[sizeClass];
+    if (list.first == nullptr) {
+        takeRemote();
+        if (run.page != nullptr && run.page->freeWords != 0) {
+            return run.page;
+        }
+    }
+    if (HeapPage * const page = list.first; page != nullptr) {
+        unlist(*page);
+        return page;
+    }
+    if (HeapPage * const page = idleHeaps.takePage(sizeClass); page != nullptr) {
+        page->owner.store(this, std::memory_order_relaxed);
+        return page;
+    }
+    return makePage(sizeClass);
+}
+
+HeapPage * ThreadHeap::makePage(std::size_t sizeClass) noexcept {
+    // A class that has filled a page is likely to fill the next one.
+    HeapPage * const page = acquirePage(runs[sizeClass].page != nullptr);
+    if (page == nullptr) {
+        return nullptr;
+    }
+    std::size_t const bytes = blockBytesOf(sizeClass);
+    std::size_t const capacity = std::min(sliceBytes / bytes, mostPageBlocks);
+    page->freeWords = 0;
+    page->reciprocal = static_cast<std::uint32_t>(((std::uint64_t{1} << 32) + bytes - 1) / bytes);
+    page->usedBlocks = 0;
+    page->blockBytes = static_cast<std::uint16_t>(bytes);
+    page->capacity = static_cast<std::uint16_t>(capacity);
+    page->openedBlocks = 0;
+    page->sizeClass = static_cast<std::uint8_t>(sizeClass);
+    page->listed = false;
+    std::fill_n(page->freeBits, (capacity + 63) / 64, 0);
+    page->owner.store(this, std::memory_order_relaxed);
+    return page;
+}
+
+void ThreadHeap::freeFromAfar(void * block) noexcept {
+    void * head = remote.load(std::memory_order_relaxed);
+    do {
+        nextRemote(block) = head;
+    } while (!remote.compare_exchange_weak(head, block, std::memory_order_release, std::memory_order_relaxed));
+}
+
+void ThreadHeap::freeSlowly(HeapPage & page, std::size_t word) noexcept {
+    bool const wasFull = page.freeWords == 0;
+    page.freeWords |= std::uint64_t{1} << word;
+    if (runs[page.sizeClass].page == &page) {
+        return;
+    }
+    if (page.usedBlocks == 0) {
+        if (page.listed) {
+            unlist(page);
+        }
+        releasePage(page);
+    } else if (wasFull && !page.listed) {
+        enlist(page);
+    }
+}
+
+void ThreadHeap::enlist(HeapPage & page) noexcept {
+    PageList & list = lists[page.sizeClass];
+    page.listed = true;
+    page.next = nullptr;
+    page.previous = list.last;
+    if (list.last != nullptr) {
+        list.last->next = &page;
+    } else {
+        list.first = &page;
+    }
+    list.last = &page;
+}
+
+void ThreadHeap::unlist(HeapPage & page) noexcept {
+    PageList & list = lists[page.sizeClass];
+    page.listed = false;
+    (page.next != nullptr ? page.next->previous : list.last) = page.previous;
+    (page.previous != nullptr ? page.previous->next : list.first) = page.next;
+}
+
+void ThreadHeap::takeRemote() noexcept {
+    if (remote.load(std::memory_order_relaxed) == nullptr) {
+        return;
+    }
+    for (void * block = remote.exchange(nullptr, std::memory_order_acquire); block != nullptr;) {
+        void * const next = nextRemote(block);
+        HeapPage & page = pageOf(block);
+        ThreadHeap * const owner = page.owner.load(std::memory_order_relaxed);
+        if (owner == this) {
+            free(page, block);
+        } else {
+            owner->freeFromAfar(block); // the page was taken over meanwhile
+        }
+        block = next;
+    }
+}
+
+void ThreadHeap::closeRuns() noexcept {
+    for (Run & run : runs) {
+        HeapPage * const page = run.page;
+        if (page == nullptr) {
+            continue;
+        }
+        if (run.bits != 0) {
+            auto const word = static_cast<std::size_t>(run.base - blocksOf(*page)) / page->blockBytes / 64;
+            page->freeBits[word] |= run.bits;
+            page->freeWords |= std::uint64_t{1} << word;
+            page->usedBlocks -= static_cast<std::uint32_t>(std::popcount(run.bits));
+        }
+        run = Run();
+        if (page->usedBlocks == 0) {
+            releasePage(*page);
+        } else if (page->freeWords != 0 || page->openedBlocks < page->capacity) {
+            enlist(*page);
+        }
+    }
+}
+
+void releaseHeap() noexcept {
+    forgetThreadExits();
+    currentHeap = &noHeap;
+    idleHeaps.releaseAll();
+    releaseSegments();
+}
+
+void lockHeap() noexcept {
+    idleHeaps.lock.enter();
+    lockSegments();
+}
+
+void unlockHeap() noexcept {
+    unlockSegments();
+    idleHeaps.lock.leave();
+}
+
+} // namespace morvane::platform

@@ -1,0 +1,255 @@
+#include <morvane/platform/thread_heap.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <latch>
+#include <random>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+using namespace morvane::platform;
+
+namespace {
+
+struct Block {
+    unsigned char * bytes;
+    std::size_t count;
+    unsigned char mark;
+};
+
+bool holds(Block const & block, unsigned char value) {
+    return std::all_of(block.bytes, block.bytes + block.count, [value](unsigned char byte) { return byte == value; });
+}
+
+Block take(std::size_t count, bool zeroed, unsigned char mark) {
+    Block const block{static_cast<unsigned char *>(segmentAllocate(count, zeroed)), count, mark};
+    EXPECT_NE(block.bytes, nullptr);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block.bytes) % (count != 0 && count % 16 == 0 ? 16 : 8), 0U);
+    EXPECT_TRUE(!zeroed || holds(block, 0)) << count;
+    std::memset(block.bytes, mark, count);
+    return block;
+}
+
+/// Two periods of other work at least: what is not used meanwhile goes back to the system.
+void letIdleMemoryGo() {
+    for (int round = 0; round < 100000; ++round) {
+        segmentFree(segmentAllocate(100000, false));
+    }
+}
+
+TEST(Heap, KeepsEveryBlockWholeThroughRandomLifetimes) {
+    std::mt19937 random(7);
+    std::vector<Block> live;
+    for (int step = 0; step < 30000; ++step) {
+        if (live.size() > 2000 || (random() % 5 < 2 && !live.empty())) {
+            std::swap(live[random() % live.size()], live.back());
+            ASSERT_TRUE(holds(live.back(), live.back().mark)) << live.back().count;
+            segmentFree(live.back().bytes);
+            live.pop_back();
+        } else {
+            // Mostly small ones; all size classes, spans of slices and a few huge ones.
+            auto const kind = random() % 1000;
+            std::size_t const most = kind < 900 ? 200 : kind < 990 ? 40000 : kind < 999 ? 200000 : 5000000;
+            live.push_back(take(random() % most, random() % 2 == 0, static_cast<unsigned char>(random())));
+        }
+    }
+    for (Block const & block : live) {
+        ASSERT_TRUE(holds(block, block.mark));
+        segmentFree(block.bytes);
+    }
+}
+
+TEST(Heap, FitsEverySizeIntoItsClass) {
+    for (std::size_t bytes = 0; bytes <= mostSmallBytes; ++bytes) {
+        std::size_t const sizeClass = bytes <= mostFineBytes ? fineClassOf(bytes) : coarseClassOf(bytes);
+        ASSERT_LT(sizeClass, sizeClasses);
+        ASSERT_GE(blockBytesOf(sizeClass), bytes);
+        ASSERT_TRUE(sizeClass == 0 || blockBytesOf(sizeClass - 1) < bytes || bytes <= 8) << bytes;
+    }
+}
+
+TEST(Heap, HandsBlocksOutInAddressOrderHoweverTheyCameBack) {
+    constexpr std::size_t bytes = 72;
+    std::vector<void *> blocks(5000);
+    for (void *& block : blocks) {
+        block = segmentAllocate(bytes, false);
+    }
+    std::shuffle(blocks.begin(), blocks.end(), std::mt19937(3));
+    for (void * const block : blocks) {
+        segmentFree(block);
+    }
+    std::size_t steps = 0;
+    for (void *& block : blocks) {
+        block = segmentAllocate(bytes, false);
+        steps += &block != blocks.data() && block < *(&block - 1) ? 1 : 0;
+    }
+    EXPECT_LE(steps, 6U) << "addresses go back at the end of a page at most";
+    for (void * const block : blocks) {
+        segmentFree(block);
+    }
+}
+
+TEST(Heap, IgnoresNullAndBlocksFreedTwice) {
+    segmentFree(nullptr);
+    void * const block = segmentAllocate(24, false);
+    segmentFree(block);
+    segmentFree(block);
+    void * const first = segmentAllocate(24, false);
+    void * const second = segmentAllocate(24, false);
+    EXPECT_NE(first, second);
+    segmentFree(first);
+    segmentFree(second);
+}
+
+TEST(Heap, RefusesWhatNoSystemCanGive) {
+    EXPECT_EQ(segmentAllocate(~std::size_t{0}, true), nullptr);
+    EXPECT_EQ(segmentAllocate(~std::size_t{0} / 2, false), nullptr);
+}
+
+TEST(Heap, GivesMemoryBackThatLiesIdle) {
+    std::size_t const before = mappedHeapBytes();
+    std::vector<void *> blocks(60000);
+    for (void *& block : blocks) {
+        block = segmentAllocate(1000, false);
+    }
+    EXPECT_GE(mappedHeapBytes(), 60000000U);
+    for (void * const block : blocks) {
+        segmentFree(block);
+    }
+    letIdleMemoryGo();
+    EXPECT_LE(mappedHeapBytes(), before + 2 * segmentBytes);
+}
+
+TEST(Heap, GivesMemoryBackAtOnceBeyondWhatItKeeps) {
+    std::size_t const before = mappedHeapBytes();
+    std::vector<void *> blocks(160);
+    for (void *& block : blocks) {
+        block = segmentAllocate(2000000, false);
+    }
+    for (void * const block : blocks) {
+        segmentFree(block);
+    }
+    EXPECT_LE(mappedHeapBytes(), before + (std::size_t{264} << 20));
+}
+
+TEST(Heap, KeepsAHugeBlockForTheNextOfItsSize) {
+    letIdleMemoryGo();
+    void * const first = segmentAllocate(9000000, false);
+    std::memset(first, 1, 9000000);
+    std::size_t const mapped = mappedHeapBytes();
+    segmentFree(first);
+    segmentFree(take(8000000, true, 2).bytes);
+    EXPECT_EQ(mappedHeapBytes(), mapped);
+}
+
+TEST(Heap, ReusesWhatOtherThreadsFree) {
+    constexpr std::size_t count = 20000;
+    std::vector<void *> blocks(count);
+    std::size_t peak = 0;
+    for (int round = 0; round < 12; ++round) {
+        for (void *& block : blocks) {
+            block = segmentAllocate(48, true);
+            ASSERT_EQ(*static_cast<void **>(block), nullptr);
+        }
+        std::thread([&blocks] {
+            for (void * const block : blocks) {
+                segmentFree(block);
+            }
+        }).join();
+        peak = round == 1 ? mappedHeapBytes() : peak;
+    }
+    EXPECT_LE(mappedHeapBytes(), peak + segmentBytes);
+}
+
+TEST(Heap, TakesOverThePagesOfThreadsThatEnded) {
+    std::vector<void *> left;
+    std::size_t early = 0;
+    for (int round = 0; round < 100; ++round) {
+        std::thread([&left] {
+            for (int index = 0; index < 20000; ++index) {
+                void * const block = segmentAllocate(56, false);
+                index % 100 == 0 ? left.push_back(block) : segmentFree(block);
+            }
+        }).join();
+        // The last half of the rounds frees what the threads have left, in this thread.
+        while (round >= 50 && left.size() > 200) {
+            segmentFree(left.back());
+            left.pop_back();
+        }
+        early = round == 10 ? mappedHeapBytes() : early;
+    }
+    EXPECT_LE(mappedHeapBytes(), early + segmentBytes);
+    // This thread, which has no page of the class, finds room in those of the threads that are gone.
+    std::size_t const before = mappedHeapBytes();
+    for (int index = 0; index < 1000; ++index) {
+        left.push_back(segmentAllocate(56, false));
+    }
+    EXPECT_EQ(mappedHeapBytes(), before);
+    for (void * const block : left) {
+        segmentFree(block);
+    }
+}
+
+TEST(Heap, LetsThreadsTradeBlocks) {
+    constexpr int threads = 4;
+    constexpr std::size_t slots = 4096;
+    std::vector<std::atomic<Block *>> exchange(slots);
+    std::latch start(threads);
+    std::atomic<int> damaged{0};
+    std::vector<std::thread> workers;
+    for (unsigned number = 0; number < threads; ++number) {
+        workers.emplace_back([&, number] {
+            std::mt19937 random(number);
+            start.arrive_and_wait();
+            for (int step = 0; step < 40000; ++step) {
+                std::size_t const count = random() % 300 + sizeof(Block);
+                auto const mark = static_cast<unsigned char>(random());
+                auto * const bytes = static_cast<unsigned char *>(segmentAllocate(count, false));
+                std::memset(bytes, mark, count);
+                auto * const block = new (segmentAllocate(sizeof(Block), false)) Block{bytes, count, mark};
+                Block * const other = exchange[random() % slots].exchange(block);
+                if (other != nullptr) {
+                    damaged += holds(*other, other->mark) ? 0 : 1;
+                    segmentFree(other->bytes);
+                    segmentFree(other);
+                }
+            }
+        });
+    }
+    for (std::thread & worker : workers) {
+        worker.join();
+    }
+    for (std::atomic<Block *> & slot : exchange) {
+        if (Block * const block = slot.load(); block != nullptr) {
+            damaged += holds(*block, block->mark) ? 0 : 1;
+            segmentFree(block->bytes);
+            segmentFree(block);
+        }
+    }
+    EXPECT_EQ(damaged, 0);
+}
+
+TEST(Heap, WorksOnInTheChildOfAFork) {
+    Block const block = take(100, true, 1);
+    pid_t const child = fork();
+    if (child == 0) {
+        bool whole = holds(block, 1);
+        segmentFree(block.bytes);
+        for (std::size_t bytes = 0; bytes < 100000; bytes += 797) {
+            Block const fresh = take(bytes, true, 2);
+            whole = whole && holds(fresh, 2);
+            segmentFree(fresh.bytes);
+        }
+        _exit(whole && !testing::Test::HasFailure() ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_TRUE(holds(block, 1));
+    segmentFree(block.bytes);
+}
+
+} // namespace
