@@ -14,9 +14,9 @@ namespace {
 
 constexpr std::int32_t copyBufferSize = 61440;
 
-/// The bytes of `text` in front of its closing zero; more than a stream can count fail.
+/// The bytes of `text` in front of its closing zero, none for null; more than a stream can count fail.
 std::int32_t textLength(char const * text) {
-    std::size_t const length = std::strlen(text);
+    std::size_t const length = text != nullptr ? std::strlen(text) : 0;
     if (length > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
         throw 0;
     }

@@ -27,7 +27,7 @@ bool wallClockAt(std::int64_t seconds, std::tm & local) {
 /// A date and time as the seconds since 1970-01-01 that they would be without a zone.
 std::int64_t secondsWithoutZone(std::chrono::year_month_day date, int hour, int minute, int second) {
     std::int64_t const days = std::chrono::sys_days(date).time_since_epoch().count();
-    return days * secondsOfDay + hour * 3600 + minute * 60 + second;
+    return days * secondsOfDay + std::int64_t{hour} * 3600 + std::int64_t{minute} * 60 + second;
 }
 
 std::chrono::year_month_day dateOf(int year, int month, int day) {

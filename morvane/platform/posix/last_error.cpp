@@ -41,7 +41,7 @@ std::size_t lastErrorText(std::int32_t code, unsigned short int * text, std::siz
     while (left > 0 && units + 2 < capacity) {
         wchar_t wide = 0;
         std::size_t length = std::mbrtowc(&wide, bytes, left, &state);
-        auto point = static_cast<std::uint32_t>(wide);
+        std::uint32_t point = static_cast<char32_t>(wide);
         if (length == 0 || length > left) { // no character: the byte alone
             point = 0xFFFD;
             length = 1;
