@@ -1,5 +1,7 @@
 #include <morvane/core/exception.h>
 
+#include <utility>
+
 _Exception::_Exception() : code() {}
 
 _Exception::_Exception(_Exception const & other) = default;
@@ -20,7 +22,6 @@ _WideString _Exception::get_message() const {
     return message;
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): the text is passed by value in the interface.
 void _Exception::set_message(_WideString newMessage) {
-    message = newMessage;
+    message = std::move(newMessage);
 }

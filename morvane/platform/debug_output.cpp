@@ -3,47 +3,13 @@
 #include <cstdint>
 #include <cstring>
 #include <morvane/platform/standard_error.h>
+#include <morvane/platform/utf8.h>
 
 namespace morvane::platform {
 namespace {
 
 /// The outermost batch of the thread.
 constinit thread_local DebugBatch * outermostBatch = nullptr;
-
-bool isHighSurrogate(std::uint32_t unit) {
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-
-bool isLowSurrogate(std::uint32_t unit) {
-    return unit >= 0xDC00 && unit <= 0xDFFF;
-}
-
-/// The UTF-8 form of the code point behind `text`, which moves on behind it; gives the end of the bytes.
-char * encodeNext(unsigned short int const *& text, char * target) {
-    std::uint32_t code = *text++;
-    if (isHighSurrogate(code) && isLowSurrogate(*text)) {
-        code = 0x10000 + ((code - 0xD800) << 10) + (*text++ - 0xDC00U);
-    } else if (isHighSurrogate(code) || isLowSurrogate(code)) {
-        code = 0xFFFD;
-    }
-    auto const put = [&target](std::uint32_t byte) { *target++ = static_cast<char>(byte); };
-    if (code < 0x80) {
-        put(code);
-    } else if (code < 0x800) {
-        put(0xC0 | (code >> 6));
-        put(0x80 | (code & 0x3F));
-    } else if (code < 0x10000) {
-        put(0xE0 | (code >> 12));
-        put(0x80 | ((code >> 6) & 0x3F));
-        put(0x80 | (code & 0x3F));
-    } else {
-        put(0xF0 | (code >> 18));
-        put(0x80 | ((code >> 12) & 0x3F));
-        put(0x80 | ((code >> 6) & 0x3F));
-        put(0x80 | (code & 0x3F));
-    }
-    return target;
-}
 
 /// The first listener: writes the text to standard error.
 void listenOnStandardError(unsigned short int const * text) {
@@ -56,7 +22,8 @@ void listenOnStandardError(unsigned short int const * text) {
             DebugBatch::gather(bytes, static_cast<std::size_t>(end - bytes));
             end = bytes;
         }
-        end = encodeNext(text, end);
+        std::uint32_t const point = takeCodePoint(text);
+        end = putCodePoint(end, isSurrogate(point) ? 0xFFFD : point);
     }
     DebugBatch::gather(bytes, static_cast<std::size_t>(end - bytes));
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <morvane/platform/process_heap.h>
+#include <morvane/platform/utf8.h>
 
 namespace morvane::platform {
 
@@ -9,41 +10,8 @@ namespace {
 
 constexpr std::uint32_t replacement = 0xFFFD;
 
-constexpr bool isHighSurrogate(std::uint32_t unit) {
-    return (unit & 0xFC00) == 0xD800;
-}
-
-constexpr bool isLowSurrogate(std::uint32_t unit) {
-    return (unit & 0xFC00) == 0xDC00;
-}
-
-constexpr bool isSurrogate(std::uint32_t unit) {
-    return (unit & 0xF800) == 0xD800;
-}
-
-/// Up to four bytes.
-char * putCodePoint(char * target, std::uint32_t point) {
-    auto const put = [&target](std::uint32_t byte) { *target++ = static_cast<char>(byte); };
-    if (point < 0x80) {
-        put(point);
-    } else if (point < 0x800) {
-        put(0xC0 | point >> 6);
-        put(0x80 | (point & 0x3F));
-    } else if (point < 0x10000) {
-        put(0xE0 | point >> 12);
-        put(0x80 | (point >> 6 & 0x3F));
-        put(0x80 | (point & 0x3F));
-    } else {
-        put(0xF0 | point >> 18);
-        put(0x80 | (point >> 12 & 0x3F));
-        put(0x80 | (point >> 6 & 0x3F));
-        put(0x80 | (point & 0x3F));
-    }
-    return target;
-}
-
 /// The code point that starts at `bytes`, which moves behind it; a byte that starts none is passed over alone.
-std::uint32_t takeCodePoint(unsigned char const *& bytes) {
+std::uint32_t takeBytes(unsigned char const *& bytes) {
     std::uint32_t const first = *bytes++;
     if (first < 0x80) {
         return first;
@@ -86,10 +54,8 @@ Utf8Text::Utf8Text(unsigned short int const * text, UnpairedSurrogate unpaired) 
     }
     char * target = data;
     while (*text != 0) {
-        std::uint32_t point = *text++;
-        if (isHighSurrogate(point) && isLowSurrogate(*text)) {
-            point = 0x10000 + ((point & 0x3FF) << 10 | (*text++ & 0x3FFu));
-        } else if (isSurrogate(point)) {
+        std::uint32_t point = takeCodePoint(text);
+        if (isSurrogate(point)) {
             if (unpaired == UnpairedSurrogate::refused) {
                 if (data != small) {
                     heapFree(data);
@@ -123,7 +89,7 @@ std::size_t widenUtf8(char const * bytes, unsigned short int * buffer, std::size
     };
     auto const * source = reinterpret_cast<unsigned char const *>(bytes);
     while (*source != 0 && units < capacity - 1) {
-        std::uint32_t const point = takeCodePoint(source);
+        std::uint32_t const point = takeBytes(source);
         if (point < 0x10000) {
             put(point);
         } else {
