@@ -1,7 +1,7 @@
 #include <morvane/containers/list_block.h>
 
 #include <algorithm>
-#include <cstring>
+#include <cstddef>
 #include <limits>
 #include <morvane/platform/process_heap.h>
 
@@ -27,64 +27,49 @@ void ListBlock::destroy(ListBlock * block) noexcept {
 }
 
 bool ListBlock::disclaim(std::uint32_t index) noexcept {
-    // As many marks as entries, so that they are moved as seldom.
-    if ((marks == nullptr || index >= marks->count) && !reserveMarks(capacity)) {
+    if (!needMarks()) {
         return false;
     }
-    flags()[index] = 1;
+    marks[index] = true;
     return true;
 }
 
-void ListBlock::replace(ListBlock * former, std::uint32_t entryCount) noexcept {
-    std::memcpy(entries(), former->entries(), std::size_t{entryCount} * sizeof(void *));
-    marks = former->marks;
+bool ListBlock::replace(ListBlock * former, std::uint32_t entryCount) noexcept {
+    if (former->marks != nullptr) {
+        if (!needMarks()) {
+            return false;
+        }
+        std::copy_n(former->marks, entryCount, marks);
+    }
+    std::copy_n(former->entries(), entryCount, entries());
     owners = former->owners;
     leftCount = former->leftCount;
-    former->marks = nullptr;
     destroy(former);
+    return true;
 }
 
 bool ListBlock::partFrom(ListBlock & former, std::uint32_t itemCount, bool takesItems) noexcept {
-    if ((!takesItems || former.marks != nullptr) && !reserveMarks(itemCount)) {
-        return false;
-    }
-    if (takesItems && !former.reserveMarks(itemCount)) {
+    bool const needsMarks = !takesItems || former.marks != nullptr;
+    if ((needsMarks && !needMarks()) || (takesItems && !former.needMarks())) {
         return false;
     }
     if (!takesItems) {
-        std::fill_n(flags(), itemCount, std::uint8_t{1});
+        std::fill_n(marks, itemCount, true);
     } else {
-        if (marks != nullptr) {
-            std::copy_n(former.flags(), itemCount, flags());
+        if (needsMarks) {
+            std::copy_n(former.marks, itemCount, marks);
         }
-        std::fill_n(former.flags(), itemCount, std::uint8_t{1});
+        std::fill_n(former.marks, itemCount, true);
     }
     std::copy_n(former.entries(), itemCount, entries());
     return true;
 }
 
-bool ListBlock::reserveMarks(std::uint32_t count) noexcept {
-    if (marks != nullptr && marks->count >= count) {
-        return true;
+bool ListBlock::needMarks() noexcept {
+    if (marks == nullptr) {
+        marks = static_cast<bool *>(platform::heapAllocate(capacity * sizeof(bool), true));
     }
-    Marks * const grown = createMarks(count);
-    if (grown == nullptr) {
-        return false;
-    }
-    if (marks != nullptr) {
-        std::copy_n(flags(), marks->count, flagsOf(grown));
-        platform::heapFree(marks);
-    }
-    marks = grown;
-    return true;
-}
-
-ListBlock::Marks * ListBlock::createMarks(std::uint32_t count) noexcept {
-    auto * const created = static_cast<Marks *>(platform::heapAllocate(sizeof(Marks) + count, true));
-    if (created != nullptr) {
-        created->count = count;
-    }
-    return created;
+    return marks != nullptr;
 }
 
 } // namespace morvane

@@ -1,8 +1,8 @@
 // The block behind the list of an array: a head, and the entries behind it.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
+#include <utility>
 
 namespace morvane {
 
@@ -12,46 +12,43 @@ namespace morvane {
 /// from the process heap.
 class ListBlock {
 public:
-    /// A block of `capacity` null entries for one sharer that owns no items; null when the heap refuses.
-    static ListBlock * create(std::uint32_t capacity) noexcept;
+    /// A block of `entryCount` null entries for one sharer that owns no items; null when the heap refuses.
+    static ListBlock * create(std::uint32_t entryCount) noexcept;
     static void destroy(ListBlock * block) noexcept;
 
     /// The block of a list, which is not null.
     static ListBlock & of(void ** list) noexcept { return *(reinterpret_cast<ListBlock *>(list) - 1); }
     void ** entries() noexcept { return reinterpret_cast<void **>(this + 1); }
 
-    bool isBare(std::uint32_t index) const noexcept {
-        return marks != nullptr && index < marks->count && flags()[index] != 0;
-    }
+    bool hasMarks() const noexcept { return marks != nullptr; }
+    bool isBare(std::uint32_t index) const noexcept { return marks != nullptr && marks[index]; }
     /// The entry at `index` has a new item, which belongs here.
     void claim(std::uint32_t index) noexcept {
-        if (marks != nullptr && index < marks->count) {
-            flags()[index] = 0;
+        if (marks != nullptr) {
+            marks[index] = false;
+        }
+    }
+    /// The entry at `index` has an item that belongs elsewhere; false when the heap refuses.
+    bool disclaim(std::uint32_t index) noexcept;
+    void swapEntries(std::uint32_t first, std::uint32_t second) noexcept {
+        std::swap(entries()[first], entries()[second]);
+        if (marks != nullptr) {
+            std::swap(marks[first], marks[second]);
         }
     }
 
-    /// The entry at `index` has an item that belongs elsewhere; false when the heap refuses.
-    bool disclaim(std::uint32_t index) noexcept;
-
-    /// Takes head and entries of `former`, whose only sharer goes over to this block, and destroys it.
-    void replace(ListBlock * former, std::uint32_t entryCount) noexcept;
+    /// Takes head and entries of `former`, whose only sharer goes over to this block, and destroys it. False when the
+    /// heap refuses, with nothing changed.
+    bool replace(ListBlock * former, std::uint32_t entryCount) noexcept;
     /// Takes the first `itemCount` entries of `former`, where others stay behind; `takesItems` tells whether the items
     /// are bare there or here from now on. False when the heap refuses, with nothing changed.
     bool partFrom(ListBlock & former, std::uint32_t itemCount, bool takesItems) noexcept;
 
 private:
-    struct Marks {
-        std::size_t count;
-    };
+    bool needMarks() noexcept;
 
-    /// Makes room for `count` marks at least.
-    bool reserveMarks(std::uint32_t count) noexcept;
-    static Marks * createMarks(std::uint32_t count) noexcept;
-    static unsigned char * flagsOf(Marks * of) noexcept { return reinterpret_cast<unsigned char *>(of + 1); }
-    unsigned char * flags() const noexcept { return flagsOf(marks); }
-
-    /// One flag for each entry that may be bare; null when there is none.
-    Marks * marks;
+    /// Whether each entry is bare; null when none is.
+    bool * marks;
 
 public:
     /// Entries of the block; a list may be seen as shorter.

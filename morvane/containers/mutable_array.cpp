@@ -72,8 +72,12 @@ std::uint32_t _MutableArray::add(void * item) {
 
 void _MutableArray::append(_Array const & other) {
     auto const * const array = dynamic_cast<_MutableArray const *>(&other);
-    if (list != nullptr && array != nullptr && array->list == list) {
-        appendAgain(*array);
+    if (array != nullptr && hasListOf(*array)) {
+        // The items stand in the list already; the new entries must not delete them a second time.
+        std::uint32_t const number = array->get_count();
+        for (std::uint32_t index = 0; index < number; ++index) {
+            addBare(other[index]);
+        }
         return;
     }
     for (std::uint32_t index = 0; index < other.get_count(); ++index) {
@@ -143,7 +147,10 @@ void ** _MutableArray::_allocate(std::uint32_t newSize, void ** oldList, std::ui
         return nullptr;
     }
     if (former->sharers == 1) {
-        fresh->replace(former, kept);
+        if (!fresh->replace(former, kept)) {
+            ListBlock::destroy(fresh);
+            return nullptr;
+        }
         return fresh->entries();
     }
     std::uint32_t const otherOwners = former->owners - (deleteAll_ ? 1 : 0);
@@ -191,20 +198,22 @@ bool _MutableArray::takeEntry(_Object *& left) {
     return true;
 }
 
-void _MutableArray::appendAgain(_MutableArray const & other) {
-    std::uint32_t const number = other.get_count();
-    for (std::uint32_t index = 0; index < number; ++index) {
-        std::uint32_t const again = add(other[index]);
-        if (again == noIndex) {
-            return;
-        }
-        // The item stands in the list already, so it must not be deleted by this entry too.
-        if (!ListBlock::of(list).disclaim(again)) {
-            list[again] = nullptr;
-            set_count(again);
-            return;
-        }
+std::uint32_t _MutableArray::addBare(void * item) {
+    std::uint32_t const index = add(item);
+    if (index != noIndex && !ListBlock::of(list).disclaim(index)) {
+        list[index] = nullptr;
+        set_count(index);
+        return noIndex;
     }
+    return index;
+}
+
+void _MutableArray::swapItems(std::uint32_t first, std::uint32_t second) {
+    ListBlock::of(list).swapEntries(first, second);
+}
+
+void ** _MutableArray::ownEntries() const {
+    return list == nullptr || ListBlock::of(list).hasMarks() ? nullptr : list;
 }
 
 void _MutableArray::letGo() {

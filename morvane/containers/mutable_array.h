@@ -85,6 +85,7 @@ protected:
 
 private:
     friend class _Container;
+    friend class _MutableDictionary;
 
     /// Shares the list of `other`, with the flag set first.
     _MutableArray(_MutableArray const & other, bool ownsItems);
@@ -99,8 +100,13 @@ private:
     /// Prepares the entry behind the items, which is not null, for one: `left` is what `add` deletes, if anything.
     bool takeEntry(_Object *& left);
 
-    /// `append` of an array that has the same list.
-    void appendAgain(_MutableArray const & other);
+    /// `add` of an item that belongs to somebody else and is not deleted here.
+    std::uint32_t addBare(void * item);
+    /// Swaps two entries within `size`, with the knowledge of whose their items are.
+    void swapItems(std::uint32_t first, std::uint32_t second);
+    bool hasListOf(_MutableArray const & other) const { return list != nullptr && list == other.list; }
+    /// The entries, where no item belongs to somebody else; null otherwise.
+    void ** ownEntries() const;
 
     /// Enters one more sharer for the list `joined`, which may be null.
     static void join(void ** joined, bool ownsItems);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <morvane/containers/container.h>
 #include <morvane/containers/dictionary.h>
 #include <morvane/containers/dictionary_item.h>
@@ -16,8 +17,8 @@ class _Stream;
 /// short lists; it has no hashing, so a large one wants another structure.
 /// Cost: a look-up walks the list and compares in place; it takes no memory. A sort takes as a quick sort does, with a
 /// stack of logarithmic depth. Appending takes constant time on the average.
-/// Threads: a dictionary belongs to one thread at a time, together with its copies; `const` members may run side by
-/// side.
+/// Threads: a dictionary belongs to one thread at a time, together with its copies; `const` members but `get_data`
+/// may run side by side.
 /// Ownership: an item that goes in belongs to the dictionary, which deletes it. Copies share one list, as copies of a
 /// `_Container` do; `copy` and `add` make items of their own. Items put out by `removeAt`, `removeAll` or `setItem` are
 /// the caller's to delete.
@@ -148,6 +149,21 @@ private:
     std::int32_t _sortItems(CompareProcedure procedure, _DictionaryItem * item) const;
 
     void set_data(_Container value) { data = value; }
+
+    _DictionaryItem * itemAt(std::int32_t index) const;
+    /// The text of the item at `index`, "-1" for -1.
+    _DataString keyAt(std::int32_t index) const;
+    _DataString valueAt(std::int32_t index) const;
+    template <typename Matches>
+    std::int32_t indexOf(char const * text, Matches matches) const;
+    template <typename Equals>
+    bool equalsWith(_Dictionary const * other, Equals areEqual) const;
+    std::int32_t addNew(std::unique_ptr<_DictionaryItem> item);
+    /// Brings the items in front of the null entries, in their order, and gives how many there are.
+    std::int32_t packItems();
+    /// Sorts the first `itemCount` entries, which are items, as `_quickSort` does, by a scratch list with the start of
+    /// each text at hand; false, with nothing changed, where that cannot be done.
+    bool sortByPrefix(std::int32_t itemCount, _DictionaryItem::DictionarySortFilter filter);
 
     _Container data;
 };
