@@ -82,17 +82,9 @@ bool _DataString::loadFromStream(_Stream &) {
 
 bool _DataString::saveToStream(_Stream & stream) {
     DataView const text = viewOf(*this);
-    auto const count = static_cast<std::uint32_t>(text.length);
-    char const head[4] = {static_cast<char>(count), static_cast<char>(count >> 8), static_cast<char>(count >> 16),
-                          static_cast<char>(count >> 24)};
-    auto const write = [&stream](char const * bytes, std::int32_t size) {
-        if (stream.write(bytes, size) != size) {
-            throw 0;
-        }
-    };
-    write(head, 4);
-    if (count != 0) {
-        write(text.data, static_cast<std::int32_t>(count));
+    stream.writeLong(static_cast<std::int32_t>(text.length));
+    if (!text.isEmpty()) {
+        stream.writeBuffer(text.data, static_cast<std::int32_t>(text.length));
     }
     return true;
 }

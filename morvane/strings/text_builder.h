@@ -59,7 +59,7 @@ public:
     /// Appends units that do not lie in this builder.
     void append(TextView<Unit> text) noexcept {
         if (Unit * const end = extend(text.length)) {
-            std::memcpy(end, text.data, text.length * sizeof(Unit));
+            std::copy_n(text.data, text.length, end);
         }
     }
     void append(Unit unit) noexcept {
