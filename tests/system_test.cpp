@@ -8,6 +8,7 @@
 #include <morvane/core/windows_version.h>
 #include <morvane/platform/last_error.h>
 #include <morvane/platform/modules.h>
+#include <morvane/platform/posix/utf8_text.h>
 #include <morvane/platform/show_text.h>
 #include <morvane/platform/shown_text.h>
 #include <morvane/streams/file_utility.h>
@@ -102,6 +103,31 @@ TEST(Modules, ThatCannotBeLoadedLeaveALastError) {
         EXPECT_NE(errno, 0);
     }
     EXPECT_EQ(loadModule(nullptr), nullptr);
+}
+
+TEST(Utf8Names, AreReadLenientlyAndCut) {
+    struct {
+        char const * bytes;
+        std::size_t capacity;
+        std::u16string expected;
+    } const rows[] = {
+        {"a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80z", 16, u"a\u00E9\u20AC\U0001F600z"},
+        {"\xC0\x80", 16, u"\xFFFD\xFFFD"},
+        {"\xE0\x80\x80/", 16, u"\xFFFD\xFFFD\xFFFD/"},
+        {"\xED\xA0\x80", 16, u"\xFFFD\xFFFD\xFFFD"},
+        {"\xF4\x90\x80\x80", 16, u"\xFFFD\xFFFD\xFFFD\xFFFD"},
+        {"\xFF"
+         "a\xE2\x82",
+         16, u"\uFFFDa\uFFFD\uFFFD"},
+        {"abc", 3, u"ab"},
+        {"abc", 1, u""},
+        {"\xF0\x9F\x98\x80", 2, u"\xD83D"},
+    };
+    for (auto const & row : rows) {
+        std::vector<unsigned short int> buffer(row.capacity, 0xABCD);
+        EXPECT_EQ(widenUtf8(row.bytes, buffer.data(), row.capacity), row.expected.size());
+        EXPECT_EQ(textOf(buffer.data()), row.expected) << row.bytes;
+    }
 }
 
 TEST(ModuleFileName, IsCutAt255Units) {
