@@ -1,6 +1,6 @@
 // Exceptions of the library's classes, thrown by its clients through its own calls. It links the shared library.
-#include <cstdlib>
-#include <filesystem>
+#include "temporary_folder.h"
+
 #include <gtest/gtest.h>
 #include <morvane/core/exception.h>
 #include <morvane/core/memory_exception.h>
@@ -27,27 +27,15 @@ struct Thrower : _Persistant {
     }
 };
 
-class ExceptionTest : public testing::Test {
-protected:
-    ExceptionTest() {
-        std::string name = (std::filesystem::temp_directory_path() / "morvane-exception-XXXXXX").string();
-        folder = mkdtemp(name.data());
-        std::u16string const path = (folder / "file").u16string();
-        filename.assign(path.begin(), path.end());
-    }
-    ~ExceptionTest() override { std::filesystem::remove_all(folder); }
-
-    std::filesystem::path folder;
-    std::basic_string<unsigned short int> filename;
-};
-
-TEST_F(ExceptionTest, IsCaughtByItsOwnTypeAndItsBases) {
+TEST(Exception, IsCaughtByItsOwnTypeAndItsBases) {
+    TemporaryFolder const folder;
+    FileName const filename = folder.name("file");
     Thrower<_MemoryException> memory;
     Thrower<_Exception> plain;
-    EXPECT_THROW(memory._saveToFile(filename.c_str()), _MemoryException);
-    EXPECT_THROW(memory._saveToFile(filename.c_str()), _Object);
+    EXPECT_THROW(memory._saveToFile(filename), _MemoryException);
+    EXPECT_THROW(memory._saveToFile(filename), _Object);
     try {
-        memory._saveToFile(filename.c_str());
+        memory._saveToFile(filename);
         ADD_FAILURE();
     } catch (_Exception const & exception) {
         EXPECT_NE(dynamic_cast<_MemoryException const *>(&exception), nullptr);
@@ -55,14 +43,14 @@ TEST_F(ExceptionTest, IsCaughtByItsOwnTypeAndItsBases) {
         EXPECT_EQ(textOf(exception), "client");
     }
     try {
-        memory._saveToFile(filename.c_str());
+        memory._saveToFile(filename);
         ADD_FAILURE();
     } catch (_Exception exception) { // NOLINT(misc-throw-by-value-catch-by-reference): a copy is what is tested
         EXPECT_EQ(exception.get_code(), clientCode);
         EXPECT_EQ(textOf(exception), "client");
     }
     try {
-        plain._saveToFile(filename.c_str());
+        plain._saveToFile(filename);
         ADD_FAILURE();
     } catch (_MemoryException const &) {
         ADD_FAILURE();

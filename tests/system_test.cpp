@@ -1,5 +1,6 @@
+#include "temporary_folder.h"
+
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -20,16 +21,6 @@ using namespace morvane::literals;
 using namespace morvane::platform;
 
 namespace {
-
-/// A text of code units for the calls under test.
-class Units {
-public:
-    Units(std::u16string const & text) : units(text.begin(), text.end()) { units.push_back(0); }
-    operator unsigned short int const *() const { return units.data(); }
-
-private:
-    std::basic_string<unsigned short int> units;
-};
 
 std::u16string textOf(unsigned short int const * units) {
     std::u16string text;
@@ -54,33 +45,22 @@ std::u16string pathOf(HINSTANCE__ * module, std::size_t capacity = 4096) {
     return path;
 }
 
-/// A fresh folder, gone at the end of the test.
-class TemporaryFolder {
-public:
-    TemporaryFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "morvane-system-XXXXXX").string();
-        path = mkdtemp(name.data());
-    }
-    ~TemporaryFolder() { std::filesystem::remove_all(path); }
-    std::filesystem::path path;
-};
-
 TEST(Modules, ComeAndGoWithTheirLoads) {
     ASSERT_FALSE(sampleIsLoaded());
-    HINSTANCE__ * const module = loadModule(Units(samplePath.u16string()));
+    HINSTANCE__ * const module = loadModule(FileName(samplePath.u16string()));
     ASSERT_NE(module, nullptr);
     EXPECT_TRUE(sampleIsLoaded());
-    EXPECT_EQ(loadModule(Units(samplePath.u16string())), module);
-    EXPECT_EQ(findModule(Units(sampleName)), module);
-    EXPECT_EQ(findModule(Units(samplePath.u16string())), module);
+    EXPECT_EQ(loadModule(FileName(samplePath.u16string())), module);
+    EXPECT_EQ(findModule(FileName(sampleName)), module);
+    EXPECT_EQ(findModule(FileName(samplePath.u16string())), module);
     EXPECT_EQ(pathOf(module), samplePath.u16string());
 
     EXPECT_TRUE(unloadModule(module));
     EXPECT_TRUE(sampleIsLoaded());
     EXPECT_TRUE(unloadModule(module));
     EXPECT_FALSE(sampleIsLoaded());
-    EXPECT_EQ(findModule(Units(sampleName)), nullptr);
-    EXPECT_EQ(findModule(Units(samplePath.u16string())), nullptr);
+    EXPECT_EQ(findModule(FileName(sampleName)), nullptr);
+    EXPECT_EQ(findModule(FileName(samplePath.u16string())), nullptr);
 
     // A handle that has become stale, or never was one, does no harm.
     int stranger = 0;
@@ -93,12 +73,8 @@ TEST(Modules, ComeAndGoWithTheirLoads) {
 
 TEST(Modules, ThatCannotBeLoadedLeaveALastError) {
     TemporaryFolder const folder;
-    std::filesystem::path const text = folder.path / "text.so";
-    std::FILE * const file = std::fopen(text.c_str(), "w");
-    std::fputs("no module", file);
-    std::fclose(file);
-    for (Units const & name :
-         {Units((folder.path / "missing.so").u16string()), Units(text.u16string()), Units(u""), Units(u"\xD800.so")}) {
+    for (FileName const & name :
+         {folder.name("missing.so"), folder.put("text.so", "no module"), FileName(u""), FileName(u"\xD800.so")}) {
         EXPECT_EQ(loadModule(name), nullptr);
         EXPECT_NE(errno, 0);
     }
@@ -132,14 +108,14 @@ TEST(Utf8Names, AreReadLenientlyAndCut) {
 
 TEST(ModuleFileName, IsCutAt255Units) {
     TemporaryFolder const folder;
-    std::filesystem::path deep = folder.path;
+    std::filesystem::path deep = folder.path("");
     while (deep.u16string().size() < 300) {
         deep /= std::u16string(40, u'\u20AC');
         std::filesystem::create_directory(deep);
     }
     deep /= samplePath.filename();
     std::filesystem::copy_file(samplePath, deep);
-    HINSTANCE__ * const module = loadModule(Units(deep.u16string()));
+    HINSTANCE__ * const module = loadModule(FileName(deep.u16string()));
     ASSERT_NE(module, nullptr);
     EXPECT_EQ(pathOf(module), deep.u16string());
     EXPECT_EQ(textOf(_SystemUtility::getModuleFileName(module)), deep.u16string().substr(0, 255));
@@ -151,7 +127,7 @@ TEST(CurrentDirectory, IsThatOfTheLibraryModuleOrOfTheProgram) {
     std::filesystem::path const program = std::filesystem::read_symlink("/proc/self/exe");
     EXPECT_EQ(textOf(_SystemUtility::getModuleFileName(nullptr)), program.u16string());
     EXPECT_EQ(textOf(_SystemUtility::getCurrentDirectory()), program.parent_path().u16string() + u"/");
-    HINSTANCE__ * const module = loadModule(Units(samplePath.u16string()));
+    HINSTANCE__ * const module = loadModule(FileName(samplePath.u16string()));
     EXPECT_EQ(textOf(_SystemUtility::getCurrentDirectory()), samplePath.parent_path().u16string() + u"/");
     EXPECT_TRUE(unloadModule(module));
 }
@@ -179,7 +155,7 @@ TEST(FilePath, KeepsDriveAndDirectory) {
         {longest + longest, u""},
     };
     for (auto const & row : rows) {
-        EXPECT_EQ(textOf(_SystemUtility::filePath(Units(row.path))), row.expected);
+        EXPECT_EQ(textOf(_SystemUtility::filePath(FileName(row.path))), row.expected);
     }
     EXPECT_TRUE(_SystemUtility::filePath(nullptr).isEmpty());
 }
@@ -202,7 +178,7 @@ TEST(WindowsVersion, IsReadFromTheVersionWord) {
 
 TEST(LastError, HasTheTextOfTheSystem) {
     TemporaryFolder const folder;
-    EXPECT_EQ(_FileUtility::fileOpen(Units((folder.path / "missing").u16string()), 0), -1);
+    EXPECT_EQ(_FileUtility::fileOpen(folder.name("missing"), 0), -1);
     std::string const expected = std::generic_category().message(ENOENT);
     EXPECT_EQ(textOf(_SystemUtility::getLastErrorString()), std::u16string(expected.begin(), expected.end()));
 }
