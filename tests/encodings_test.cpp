@@ -1,4 +1,8 @@
-#include <cstring>
+#include "counting_heap.h"
+#include "ordinary_allocator.h"
+
+#include <cstdio>
+#include <functional>
 #include <gtest/gtest.h>
 #include <iconv.h>
 #include <map>
@@ -6,6 +10,7 @@
 #include <morvane/encodings/code_page.h>
 #include <morvane/encodings/string_utility.h>
 #include <morvane/encodings/ucs.h>
+#include <morvane/encodings/utf8_codec.h>
 #include <morvane/strings/text_view.h>
 #include <random>
 #include <string>
@@ -368,6 +373,51 @@ TEST(References, ConversionRefusesAndTakesItsOwnResult) {
     EXPECT_FALSE(_StringUtility::convertWideStringToWideString(u"x"_w, result,
                                                                static_cast<_StringUtility::StringOperation>(2), 127));
     EXPECT_TRUE(result.isEmpty());
+}
+
+TEST(Conversions, TextsThatAHeapRefusesEndReleased) {
+    std::string const ascii(300, 'a');
+    std::u16string const units(300, u'\u00E9');
+    _WideString const source = wideText(units + u"&#65;");
+    auto const latin1 = _StringUtility::formatISO8859_1;
+    counting_heap::LeakCheck const leaks;
+    std::function<void(_WideString &)> const wideCases[] = {
+        [&](_WideString & result) {
+            EXPECT_TRUE(_StringUtility::convertDataStringToWideString(ascii.c_str(), result, latin1));
+        },
+        [&](_WideString & result) {
+            EXPECT_TRUE(
+                _StringUtility::convertWideStringToWideString(source, result, _StringUtility::operationEncode, 127));
+        },
+        [&](_WideString & result) {
+            EXPECT_TRUE(
+                _StringUtility::convertWideStringToWideString(source, result, _StringUtility::operationDecode, 127));
+        },
+        [&](_WideString & result) {
+            EXPECT_EQ(utf8::decodeTo({ascii.data(), ascii.size()}, result).fault, utf8::Fault::none);
+        },
+        [&](_WideString & result) { _StringUtility::convertUTF16StringToWideString(source, result); },
+    };
+    for (std::size_t index = 0; index < std::size(wideCases); ++index) {
+        bool isServed = false;
+        for (long served = 0; !isServed; ++served) {
+            ASSERT_LT(served, 10);
+            _WideString result(u"before"_w);
+            counting_heap::refuseAfter(served);
+            wideCases[index](result);
+            counting_heap::serveAll();
+            isServed = result.get_data() != nullptr;
+            EXPECT_EQ(isServed, result.get_length() > 0) << index;
+            EXPECT_TRUE(isServed || served < 5) << index;
+        }
+    }
+    _DataString result("before");
+    ordinary_allocator::servedBeforeRefusal = 0;
+    bool const isEncoded = _StringUtility::convertWideStringToDataString(source, result, latin1);
+    ordinary_allocator::servedBeforeRefusal = -1;
+    EXPECT_TRUE(isEncoded);
+    EXPECT_EQ(result.get_data(), nullptr);
+    EXPECT_EQ(result.get_length(), 0U);
 }
 
 } // namespace

@@ -1,7 +1,10 @@
+#include "counting_heap.h"
+#include "ordinary_allocator.h"
 #include "stream_testing.h"
 #include "temporary_folder.h"
 
 #include <algorithm>
+#include <functional>
 #include <gtest/gtest.h>
 #include <map>
 #include <morvane/core/literals.h>
@@ -154,17 +157,22 @@ TEST(TextFiles, ShortSourcesFailAsTheirStreamDoes) {
     }));
 }
 
+/// Reads well so many times, then comes up short.
+class BreakingStream : public RecordingStream {
+public:
+    BreakingStream(std::string const & text, int count) : RecordingStream(text), reads(count) {}
+
+    std::int32_t read(void * buffer, std::int32_t count) override {
+        return --reads < 0 ? 0 : RecordingStream::read(buffer, count);
+    }
+
+private:
+    int reads;
+};
+
 TEST(TextFiles, StreamsThatBreakOffLeaveWhatCameBefore) {
-    // The third read, the one of the wide text, comes up short.
-    struct BreakingStream : RecordingStream {
-        using RecordingStream::RecordingStream;
-        std::int32_t read(void * buffer, std::int32_t count) override {
-            return --reads < 0 ? 0 : RecordingStream::read(buffer, count);
-        }
-        int reads = 2;
-    };
     Loaded loaded;
-    BreakingStream stream("plain");
+    BreakingStream stream("plain", 2); // the third read is the one of the wide text
     EXPECT_TRUE(fails(
         [&] { _StringUtility::loadStringFromStream(stream, loaded.data, loaded.wide, loaded.format, loaded.error); }));
     EXPECT_EQ(loaded.format, _StringUtility::formatUnknown);
@@ -303,6 +311,72 @@ TEST(TextFiles, ReadingsOfABlockInsideTheResults) {
     bytes = reinterpret_cast<unsigned char const *>(loaded.wide.get_data());
     EXPECT_TRUE(_StringUtility::loadStringFromBinary(bytes, 10, loaded.data, loaded.wide, loaded.format, loaded.error));
     EXPECT_EQ(textOf(loaded.data), "plain text");
+}
+
+TEST(TextFiles, TextsThatAHeapRefusesFailTheLoad) {
+    TemporaryFolder const folder;
+    std::string const sources[] = {"\xFF\xFE" + std::string(300, 'u'), "\xEF\xBB\xBF" + std::string(300, 'd'),
+                                   std::string(300, 'b'), std::string(200, 'b') + '\0' + std::string(99, 'b')};
+    for (std::string const & bytes : sources) {
+        FileName const name = folder.put("text", bytes);
+        RecordingStream stream(bytes);
+        std::function<bool(Loaded &)> const ways[] = {
+            [&](Loaded & loaded) {
+                return _StringUtility::loadStringFromFile(name, loaded.data, loaded.wide, loaded.format, loaded.error);
+            },
+            [&](Loaded & loaded) {
+                return _StringUtility::loadStringFromBinary(reinterpret_cast<unsigned char const *>(bytes.data()),
+                                                            static_cast<std::int32_t>(bytes.size()), loaded.data,
+                                                            loaded.wide, loaded.format, loaded.error);
+            },
+            [&](Loaded & loaded) {
+                stream.position = 0;
+                return _StringUtility::loadStringFromStream(stream, loaded.data, loaded.wide, loaded.format,
+                                                            loaded.error);
+            },
+        };
+        for (auto const & load : ways) {
+            for (bool const isProcessHeap : {true, false}) {
+                long const liveAtFirst = ordinary_allocator::liveBlocks;
+                bool isLoaded = false;
+                for (long served = 0; !isLoaded; ++served) {
+                    ASSERT_LT(served, 10);
+                    counting_heap::LeakCheck const leaks;
+                    Loaded loaded;
+                    if (isProcessHeap) {
+                        counting_heap::refuseAfter(served);
+                    } else {
+                        ordinary_allocator::servedBeforeRefusal = served;
+                    }
+                    isLoaded = load(loaded);
+                    counting_heap::serveAll();
+                    ordinary_allocator::servedBeforeRefusal = -1;
+                    EXPECT_EQ(loaded.error,
+                              isLoaded ? _StringUtility::utilErrorNone : _StringUtility::utilErrorConversion);
+                    EXPECT_TRUE(!isLoaded || (loaded.data.get_data() != nullptr && loaded.wide.get_data() != nullptr));
+                }
+                stream.calls();
+                EXPECT_EQ(ordinary_allocator::liveBlocks, liveAtFirst);
+            }
+        }
+    }
+}
+
+TEST(TextFiles, FailuresLeaveNothingBehind) {
+    long const liveAtFirst = ordinary_allocator::liveBlocks;
+    {
+        counting_heap::LeakCheck const leaks;
+        for (int reads = 1; reads <= 2; ++reads) {
+            for (char const * const start : {"\xFF\xFE", "\xEF\xBB\xBF", ""}) {
+                Loaded loaded;
+                BreakingStream stream(start + std::string(300, 'x'), reads);
+                fails([&] {
+                    _StringUtility::loadStringFromStream(stream, loaded.data, loaded.wide, loaded.format, loaded.error);
+                });
+            }
+        }
+    }
+    EXPECT_EQ(ordinary_allocator::liveBlocks, liveAtFirst);
 }
 
 } // namespace

@@ -61,6 +61,7 @@ bool _StringUtility::convertWideStringToWideString(unsigned short int const * te
     TextBuilder<unsigned short int> target;
     switch (operation) {
     case operationEncode:
+        target.reserve(source.length);
         encodeReferences(source, limit, target);
         break;
     case operationDecode:

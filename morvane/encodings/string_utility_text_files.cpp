@@ -91,7 +91,13 @@ bool _StringUtility::loadStringFromFile(unsigned short int const * filename, _Da
         return false;
     }
     format = loaded.text.format;
-    return conclude(deliver(loaded.text, data, wide), error);
+    if (format != formatUnknown) {
+        return conclude(deliver(loaded.text, data, wide), error);
+    }
+    // Without a mark the block as it was read is the buffer of the bytes.
+    std::size_t const length = loaded.text.body.length;
+    bool const isWide = wideReading(loaded.text.body, false, wide);
+    return conclude(adoptReading(std::move(loaded.bytes), length, data) && isWide, error);
 }
 
 bool _StringUtility::loadStringFromBinary(unsigned char const * bytes, std::int32_t size, _DataString & data,

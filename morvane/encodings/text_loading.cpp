@@ -7,7 +7,6 @@
 #include <morvane/streams/file_stream.h>
 #include <morvane/streams/file_utility.h>
 #include <morvane/strings/unit_search.h>
-#include <new>
 #include <utility>
 
 namespace morvane {
@@ -120,7 +119,7 @@ bool loadText(_Stream & stream, LoadedText & loaded) {
         }
     }
     auto const length = static_cast<std::size_t>(size);
-    loaded.bytes.reset(new (std::nothrow) char[length]);
+    loaded.bytes.reset(allocateText<char>(length));
     if (loaded.bytes == nullptr) {
         return false;
     }

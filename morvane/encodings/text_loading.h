@@ -39,9 +39,9 @@ using TextBuffer = std::unique_ptr<Unit, TextRelease>;
 bool adoptReading(TextBuffer<char> text, std::size_t length, _DataString & data);
 bool adoptReading(TextBuffer<unsigned short int> text, std::size_t length, bool isBigEndian, _WideString & wide);
 
-/// The bytes of one text source, owned.
+/// The bytes of one text source, owned and zero-closed.
 struct LoadedText {
-    std::unique_ptr<char[]> bytes;
+    TextBuffer<char> bytes;
     MarkedBytes text; ///< views `bytes`
 };
 
