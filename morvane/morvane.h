@@ -57,3 +57,15 @@
 #include <morvane/strings/wide_string_parser.h>
 #include <morvane/strings/wide_tag.h>
 #include <morvane/strings/wide_tag_array.h>
+#include <morvane/xml/dom.h>
+#include <morvane/xml/dom_options.h>
+#include <morvane/xml/xml_attribute.h>
+#include <morvane/xml/xml_cdata_section.h>
+#include <morvane/xml/xml_comment.h>
+#include <morvane/xml/xml_document.h>
+#include <morvane/xml/xml_document_type.h>
+#include <morvane/xml/xml_element.h>
+#include <morvane/xml/xml_named_node_map.h>
+#include <morvane/xml/xml_node.h>
+#include <morvane/xml/xml_processing_instruction.h>
+#include <morvane/xml/xml_text.h>

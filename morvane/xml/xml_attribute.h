@@ -15,4 +15,9 @@ public:
 
     /// The name, "=", and the value between double quotes; `level` is not read.
     _WideString toString(std::int32_t level) override;
+
+private:
+    friend struct morvane::NodeAccess;
+
+    explicit _XMLAttribute(morvane::NodeTexts const & texts);
 };

@@ -15,4 +15,9 @@ public:
 
     /// The section on a line of its own, indented by `level` steps.
     _WideString toString(std::int32_t level) override;
+
+private:
+    friend struct morvane::NodeAccess;
+
+    explicit _XMLCDATASection(morvane::NodeTexts const & texts);
 };

@@ -137,6 +137,7 @@ private:
     _XMLNode * addChildNode(_XMLNode const * node);
     std::uint32_t parse(_WideTagArray const * tags, std::uint32_t & index, _XMLElement * parent);
     bool setProcessingInstructionAttribute(unsigned short int const * name, unsigned short int const * value);
+    void releaseTree();
 
     _Container * childNodes;
     _WideString lineQuote_;
@@ -145,5 +146,5 @@ private:
     XMLCharset encoding = charsetUTF8;
     bool standalone = true;
     _WideString version;
-    _XMLDocument * nextSharer; // the ring of documents that share `childNodes`; this document when it is alone
+    mutable _XMLDocument * nextSharer; // the ring of documents that share `childNodes`; this document when it is alone
 };

@@ -73,6 +73,8 @@ protected:
 private:
     friend struct morvane::NodeAccess;
 
+    explicit _XMLElement(morvane::NodeTexts const & texts);
+
     void set_childElements(_Container * children);
     void set_attributes(_XMLNamedNodeMap * map);
 

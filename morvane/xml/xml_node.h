@@ -10,7 +10,8 @@
 
 namespace morvane {
 struct NodeAccess;
-}
+struct NodeTexts;
+} // namespace morvane
 
 /// One node of a document tree: its kind, name and value, and the way up.
 ///
@@ -57,6 +58,10 @@ public:
     static void operator delete(void * block, std::nothrow_t const & tag) noexcept;
     static void operator delete(void * block, std::align_val_t alignment) noexcept;
     static void operator delete(void * block, void * place) noexcept;
+
+protected:
+    /// Makes a node that is born with its texts; for the library's own classes.
+    _XMLNode(NodeType type, morvane::NodeTexts const & texts);
 
 private:
     friend struct morvane::NodeAccess;

@@ -32,6 +32,8 @@ public:
 private:
     friend struct morvane::NodeAccess;
 
+    explicit _XMLProcessingInstruction(morvane::NodeTexts const & texts);
+
     void set_attributes(_XMLNamedNodeMap * map);
 
     // Null until the first use.

@@ -15,4 +15,9 @@ public:
 
     /// The bare value; `level` is not read.
     _WideString toString(std::int32_t level) override;
+
+private:
+    friend struct morvane::NodeAccess;
+
+    explicit _XMLText(morvane::NodeTexts const & texts);
 };

@@ -1,0 +1,80 @@
+#include <morvane/xml/attribute_index.h>
+
+#include <morvane/xml/folded_name.h>
+
+namespace morvane {
+
+namespace {
+
+bool equalFolded(WideView left, WideView right) noexcept {
+    if (left.length != right.length) {
+        return false;
+    }
+    for (std::size_t index = 0; index < left.length; ++index) {
+        if (foldUnit(left[index]) != foldUnit(right[index])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// FNV-1a over the folded units, its high bits mixed into the low ones.
+std::size_t hashFolded(WideView name) noexcept {
+    std::uint64_t hash = 0xCBF29CE484222325;
+    for (unsigned short int const unit : name) {
+        hash = (hash ^ foldUnit(unit)) * 0x100000001B3;
+    }
+    return static_cast<std::size_t>(hash ^ (hash >> 32));
+}
+
+} // namespace
+
+void AttributeIndex::clear() noexcept {
+    entries.clear();
+    table.clear();
+}
+
+DOM::_XMLAttribute * AttributeIndex::find(WideView name) const noexcept {
+    if (table.empty()) {
+        for (Entry const & entry : entries) {
+            if (equalFolded(entry.name, name)) {
+                return entry.attribute;
+            }
+        }
+        return nullptr;
+    }
+    std::size_t const mask = table.size() - 1;
+    for (std::size_t place = hashFolded(name) & mask; table[place] != 0; place = (place + 1) & mask) {
+        Entry const & entry = entries[table[place] - 1];
+        if (equalFolded(entry.name, name)) {
+            return entry.attribute;
+        }
+    }
+    return nullptr;
+}
+
+void AttributeIndex::add(WideView name, DOM::_XMLAttribute * attribute) {
+    entries.push_back({name, attribute});
+    if (entries.size() <= listed) {
+        return;
+    }
+    if (2 * entries.size() <= table.size()) {
+        enter(static_cast<std::uint32_t>(entries.size() - 1));
+        return;
+    }
+    table.assign(table.empty() ? 4 * listed + 16 : 2 * table.size(), 0);
+    for (std::uint32_t entry = 0; entry < entries.size(); ++entry) {
+        enter(entry);
+    }
+}
+
+void AttributeIndex::enter(std::uint32_t entry) noexcept {
+    std::size_t const mask = table.size() - 1;
+    std::size_t place = hashFolded(entries[entry].name) & mask;
+    while (table[place] != 0) {
+        place = (place + 1) & mask;
+    }
+    table[place] = entry + 1;
+}
+
+} // namespace morvane
