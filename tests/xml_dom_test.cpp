@@ -1,0 +1,443 @@
+#include "xml_support.h"
+
+#include <morvane/core/literals.h>
+#include <morvane/xml/dom_options.h>
+#include <morvane/xml/xml_cdata_section.h>
+#include <morvane/xml/xml_comment.h>
+#include <morvane/xml/xml_document_type.h>
+#include <morvane/xml/xml_text.h>
+#include <new>
+
+namespace {
+
+using namespace morvane::literals;
+using namespace xml_test;
+
+class Model : public Silent {};
+
+/// Reaches the factories.
+class OpenDocument : public DOM::_XMLDocument {
+public:
+    using _XMLDocument::createAttribute;
+    using _XMLDocument::createCDATASection;
+    using _XMLDocument::createComment;
+    using _XMLDocument::createElement;
+    using _XMLDocument::createProcessingInstruction;
+    using _XMLDocument::createText;
+};
+
+/// Notes its name when it goes, with what its parent then holds.
+class WatchedElement : public DOM::_XMLElement {
+public:
+    WatchedElement(std::string & destroyed, char16_t name) : log(destroyed) { set_nodeName(wide({&name, 1})); }
+    ~WatchedElement() override { log += shown(get_nodeName()); }
+
+    using _XMLElement::addAttribute;
+    using _XMLElement::addAttributeNode;
+
+private:
+    std::string & log;
+};
+
+class WatchedAttribute : public DOM::_XMLAttribute {
+public:
+    WatchedAttribute(std::string & destroyed, char16_t name) : log(destroyed) { set_nodeName(wide({&name, 1})); }
+    ~WatchedAttribute() override { log += shown(get_nodeName()); }
+
+private:
+    std::string & log;
+};
+
+/// Tells whether its parent still lives when it goes.
+class WatchedText : public DOM::_XMLText {
+public:
+    explicit WatchedText(std::string & destroyed) : log(destroyed) {}
+    ~WatchedText() override {
+        log += joined({"(", get_parentNode() ? shown(get_parentNode()->get_nodeName()) : "", ")"});
+    }
+
+private:
+    std::string & log;
+    char padding[100] = {};
+};
+
+TEST_F(Model, NewDocumentIsEmptyWithItsDefaults) {
+    DOM::_XMLDocument document;
+    EXPECT_EQ(document.getRoot(), nullptr);
+    EXPECT_FALSE(document.hasRoot());
+    EXPECT_EQ(document.get_childNodes()->get_count(), 0U);
+    EXPECT_EQ(document.get_encoding(), DOM::charsetUTF8);
+    EXPECT_TRUE(document.get_standalone());
+    EXPECT_EQ(units(document.get_version()), u"1.0");
+    EXPECT_EQ(units(document.get_lineQuote()), u"\"");
+    EXPECT_EQ(units(document.get_lineSpace()), u"  ");
+    EXPECT_EQ(units(document.get_lineTermination()), u"\r\n");
+    EXPECT_EQ(document.get_nodeType(), DOM::DOCUMENT_NODE);
+    EXPECT_EQ(document.get_parentNode(), nullptr);
+    EXPECT_EQ(document.get_documentNode(), nullptr);
+}
+
+TEST_F(Model, ResetKeepsLineSettingsAndList) {
+    DOM::_XMLDocument document;
+    _Container * const nodes = document.get_childNodes();
+    document.set_lineQuote(u"q"_w);
+    document.set_lineSpace(u"\t"_w);
+    document.set_lineTermination(u"\n"_w);
+    document.addElement(u"a"_w, u""_w);
+    document.set_encoding(DOM::charsetUTF16);
+    document.set_standalone(false);
+    document.set_version(u"2"_w);
+    document.resetDocument();
+    EXPECT_EQ(document.get_childNodes(), nodes);
+    EXPECT_EQ(nodes->get_count(), 0U);
+    EXPECT_EQ(nodes->get_size(), 0U);
+    EXPECT_EQ(document.get_encoding(), DOM::charsetUTF8);
+    EXPECT_TRUE(document.get_standalone());
+    EXPECT_EQ(units(document.get_version()), u"1.0");
+    EXPECT_EQ(units(document.lineQuote()), u"q");
+    EXPECT_EQ(units(document.lineSpace()), u"\t");
+    EXPECT_EQ(units(document.lineTermination()), u"\n");
+}
+
+TEST_F(Model, FactoriesTieANodeToDocumentAndParentAndLinkNothing) {
+    OpenDocument document;
+    DOM::_XMLElement * const parent = document.addElement(u"p"_w, u""_w);
+    DOM::_XMLNode * const nodes[] = {document.createElement(parent), document.createAttribute(parent),
+                                     document.createText(parent),    document.createCDATASection(parent),
+                                     document.createComment(parent), document.createProcessingInstruction(parent)};
+    int const types[] = {1, 2, 3, 4, 8, 7};
+    for (std::size_t index = 0; index < 6; ++index) {
+        EXPECT_EQ(nodes[index]->get_nodeType(), types[index]);
+        EXPECT_EQ(nodes[index]->get_documentNode(), &document);
+        EXPECT_EQ(nodes[index]->get_parentNode(), parent);
+        delete nodes[index];
+    }
+    EXPECT_EQ(parent->getNodeCount(), 0U);
+    EXPECT_EQ(DOM::_XMLDocumentType().get_nodeType(), DOM::DOCUMENT_TYPE_NODE);
+}
+
+TEST_F(Model, ElementsGrowChildrenOfEveryKind) {
+    DOM::_XMLDocument document;
+    DOM::_XMLElement * const root = document.addElement(u"r"_w, u"kept aside"_w);
+    EXPECT_EQ(units(root->get_nodeValue()), u"kept aside");
+    EXPECT_EQ(root->get_parentNode(), nullptr);
+    EXPECT_EQ(root->firstChild(), nullptr);
+    EXPECT_EQ(root->addChildNode(nullptr), nullptr);
+    EXPECT_FALSE(root->hasChildNodes());
+    DOM::_XMLElement * const full = root->addElement(u"full"_w, u"v"_w);
+    EXPECT_FALSE(root->addElement(u"empty"_w, u""_w)->hasText());
+    EXPECT_FALSE(root->addElement(nullptr, nullptr)->hasText());
+    root->addText(nullptr);
+    root->addComment(u"c"_w);
+    root->addCDATASection(u"d"_w);
+    EXPECT_EQ(shownDocument(document), "r(full(\"v\"),empty,,\"\",<!--c],<![d])");
+    EXPECT_EQ(full->get_parentNode(), root);
+    EXPECT_EQ(full->get_documentNode(), &document);
+    EXPECT_EQ(full->firstChild()->get_parentNode(), full);
+    EXPECT_EQ(root->getNode(0), full);
+    EXPECT_EQ(root->getNode(6), nullptr);
+    EXPECT_EQ(root->getNode(0xFFFFFFFF), nullptr);
+    EXPECT_EQ(root->getAttribute(0), nullptr);
+    EXPECT_EQ(root->setNameSpace(u"a"_w, u"b"_w, u"c"_w), nullptr);
+    EXPECT_EQ(root->getNameSpace(), nullptr);
+    // A node that was made by hand keeps having no document.
+    auto * const loose = new DOM::_XMLElement;
+    EXPECT_EQ(root->addChildNode(loose), loose);
+    EXPECT_EQ(loose->get_parentNode(), root);
+    EXPECT_EQ(loose->get_documentNode(), nullptr);
+    EXPECT_EQ(loose->addText(u"t"_w)->get_documentNode(), nullptr);
+    DOM::_XMLElement * const second = document.addElement(u"s"_w, u""_w);
+    EXPECT_EQ(document.get_childNodes()->getObject(1), second);
+    EXPECT_EQ(document.getRoot(), root);
+}
+
+TEST_F(Model, OnlyASingleTextChildIsText) {
+    DOM::_XMLElement element;
+    EXPECT_FALSE(element.hasText());
+    element.addText(u""_w);
+    EXPECT_TRUE(element.hasText());
+    EXPECT_TRUE(element.hasTextEmpty());
+    element.firstChild()->set_nodeValue(u"x"_w);
+    EXPECT_TRUE(element.hasText());
+    EXPECT_FALSE(element.hasTextEmpty());
+    element.addComment(u""_w);
+    EXPECT_FALSE(element.hasText());
+    DOM::_XMLElement other;
+    other.addCDATASection(u""_w);
+    EXPECT_FALSE(other.hasText());
+}
+
+TEST_F(Model, AttributeNamesIgnoreTheCaseOfAToZ) {
+    std::string log;
+    WatchedElement element(log, u'e');
+    DOM::_XMLAttribute * const id = element.setAttributeNamed(u"id"_w, u"1"_w);
+    EXPECT_EQ(element.setAttributeNamed(u"ID"_w, u"2"_w), id);
+    EXPECT_EQ(shownAttributes(*element.get_attributes()), "[id=2]");
+    EXPECT_EQ(element.getAttributeNamed(u"Id"_w), id);
+    EXPECT_EQ(element.getAttributeNamed(u"i"_w), nullptr);
+    EXPECT_EQ(element.getAttributeNamed(u"idx"_w), nullptr);
+    EXPECT_EQ(element.getAttributeNamed(nullptr), nullptr);
+    element.setAttributeNamed(u"\u00C9"_w, u"3"_w);
+    element.setAttributeNamed(u"\u00E9"_w, u"4"_w);
+    EXPECT_EQ(element.getAttributeCount(), 3U);
+    DOM::_XMLAttribute * const nameless = element.setAttributeNamed(nullptr, nullptr);
+    EXPECT_EQ(element.getAttributeNamed(u""_w), nameless);
+    EXPECT_EQ(element.getAttributeNamed(nullptr), nameless);
+    EXPECT_EQ(element.addAttributeNode(nullptr), nullptr);
+    DOM::_XMLAttribute * const twice = element.addAttribute(u"Id"_w, u"5"_w);
+    EXPECT_EQ(element.getAttribute(4), twice);
+    EXPECT_EQ(element.getAttributeNamed(u"Id"_w), id);
+    auto * const given = new DOM::_XMLAttribute;
+    EXPECT_EQ(element.addAttributeNode(given), given);
+    EXPECT_EQ(given->get_parentNode(), nullptr);
+    EXPECT_EQ(twice->get_parentNode(), &element);
+}
+
+TEST_F(Model, MapSetsButNeverAdds) {
+    DOM::_XMLNamedNodeMap map;
+    EXPECT_EQ(map.getNodeNamed(u"a"_w), nullptr);
+    EXPECT_EQ(map.setNodeNamed(u"a"_w, u"1"_w), nullptr);
+    EXPECT_EQ(map.getNamedNodeCount(), 0U);
+    EXPECT_EQ(map.getNamedNode(0), nullptr);
+    auto * const node = new DOM::_XMLAttribute;
+    node->set_nodeName(u"a"_w);
+    map.addObject(nullptr);
+    map.addObject(node);
+    EXPECT_EQ(map.setNodeNamed(u"A"_w, u"1"_w), node);
+    EXPECT_EQ(units(node->get_nodeValue()), u"1");
+    EXPECT_EQ(map.getNamedNode(1), node);
+}
+
+TEST_F(Model, InstructionGivesTheAttributeThatWasThereBefore) {
+    DOM::_XMLDocument document;
+    DOM::_XMLProcessingInstruction & node = *document.addProcessingInstruction();
+    EXPECT_EQ(node.setAttribute(u"a"_w, u"1"_w, false), nullptr);
+    EXPECT_EQ(node.getAttribute(u"a"_w), nullptr);
+    EXPECT_EQ(node.setAttribute(u"a"_w, u"1"_w, true), nullptr);
+    DOM::_XMLAttribute * const made = node.getAttribute(u"A"_w);
+    ASSERT_NE(made, nullptr);
+    EXPECT_EQ(made->get_documentNode(), &document);
+    EXPECT_EQ(made->get_parentNode(), &node);
+    EXPECT_EQ(node.setAttribute(u"A"_w, u"2"_w, true), made);
+    EXPECT_EQ(shownDocument(document), "?[a=2]");
+}
+
+TEST_F(Model, TreeGoesAttributesFirstThenChildrenThenTheElement) {
+    std::string log;
+    {
+        DOM::_XMLDocument document;
+        DOM::_XMLElement * const plain = document.addElement(u"plain"_w, u""_w);
+        auto * const a = new WatchedElement(log, u'a');
+        a->addAttributeNode(new WatchedAttribute(log, u'1'));
+        a->addAttributeNode(new WatchedAttribute(log, u'2'));
+        a->addChildNode(new WatchedText(log));
+        // The library's own elements in between are taken apart in the same order.
+        DOM::_XMLElement * const inner = a->addElement(u"inner"_w, nullptr);
+        inner->addChildNode(new WatchedText(log));
+        inner->get_attributes()->addObject(new WatchedAttribute(log, u'3'));
+        auto * const b = new WatchedElement(log, u'b');
+        b->addChildNode(new WatchedText(log));
+        inner->addChildNode(b);
+        inner->addChildNode(new WatchedText(log));
+        plain->addChildNode(a);
+        plain->addChildNode(new WatchedElement(log, u'c'));
+    }
+    EXPECT_EQ(log, "a12(a)3(inner)b(b)(inner)c");
+}
+
+TEST_F(Model, ListsThatDoNotOwnLeaveTheirNodesAlive) {
+    std::string log;
+    WatchedText text(log);
+    {
+        DOM::_XMLElement top;
+        DOM::_XMLElement * const element = top.addElement(u"e"_w, nullptr);
+        element->addChildNode(&text);
+        element->get_childElements()->set_deleteAll(false);
+        DOM::_XMLElement * const shared = top.addElement(u"s"_w, nullptr);
+        shared->addChildNode(new WatchedElement(log, u'x'));
+        _Container const sharer(*shared->get_childElements());
+        delete top.getNode(1);
+        top.get_childElements()->removeAt(1, 1);
+        EXPECT_EQ(log, "");
+        text.set_parentNode(nullptr);
+    }
+    EXPECT_EQ(log, "x");
+}
+
+TEST_F(Model, CopiesShareTheirListsAndReleaseThemOnce) {
+    std::string log;
+    {
+        DOM::_XMLElement source;
+        DOM::_XMLElement copy(source);
+        EXPECT_EQ(copy.get_childElements(), source.get_childElements());
+        EXPECT_EQ(copy.get_attributes(), source.get_attributes());
+        {
+            DOM::_XMLElement third;
+            third.addChildNode(new WatchedElement(log, u'o'));
+            third = copy;
+            EXPECT_EQ(log, "o");
+            third.addChildNode(new WatchedElement(log, u'n'));
+            DOM::_XMLElement & same = third;
+            third = same;
+        }
+        EXPECT_EQ(source.getNodeCount(), 1U);
+        EXPECT_EQ(log, "o");
+    }
+    EXPECT_EQ(log, "on");
+    {
+        DOM::_XMLProcessingInstruction source;
+        source.get_attributes()->addObject(new WatchedAttribute(log, u'p'));
+        DOM::_XMLProcessingInstruction const copy(source);
+        EXPECT_EQ(copy.get_attributes(), source.get_attributes());
+        DOM::_XMLProcessingInstruction other;
+        other = copy;
+        source = DOM::_XMLProcessingInstruction();
+        EXPECT_EQ(source.getAttribute(u"p"_w), nullptr);
+        EXPECT_NE(other.getAttribute(u"p"_w), nullptr);
+        EXPECT_EQ(log, "on");
+    }
+    EXPECT_EQ(log, "onp");
+}
+
+TEST_F(Model, CopiesOfADocumentOutliveIt) {
+    std::string log;
+    DOM::_XMLDocument survivor;
+    {
+        DOM::_XMLDocument source;
+        source.set_lineTermination(u"\n"_w);
+        DOM::_XMLElement * const root = source.addElement(u"a"_w, u""_w);
+        root->addElement(u"b"_w, u"x"_w);
+        root->addChildNode(new WatchedElement(log, u'w'));
+        survivor = source;
+        DOM::_XMLDocument const third(source);
+        EXPECT_EQ(third.getRoot(), root);
+        EXPECT_EQ(root->get_documentNode(), &source);
+    }
+    EXPECT_EQ(log, "");
+    EXPECT_EQ(survivor.getRoot()->get_documentNode(), &survivor);
+    EXPECT_EQ(survivor.getRoot()->firstChild()->get_documentNode(), &survivor);
+    EXPECT_EQ(shown(survivor.toFormatString()), "<a>\\x000a  <b>x</b>\\x000a  <w/>\\x000d\\x000a</a>\\x000a");
+    survivor.resetDocument();
+    EXPECT_EQ(log, "w");
+}
+
+TEST_F(Model, TextsOfNodesAreLiveWhateverTheyWereGiven) {
+    DOM::_XMLText text;
+    _WideString released;
+    released.empty();
+    text.set_nodeValue(released);
+    EXPECT_EQ(units(text.get_nodeValue()), u"");
+    text.set_nodeName(std::move(released));
+    EXPECT_EQ(units(text.get_nodeName()), u"");
+    _WideString given(u"given"_w);
+    text.set_nodeValue(given);
+    EXPECT_EQ(units(given), u"given");
+    DOM::_XMLText const copy(text);
+    EXPECT_EQ(units(copy.get_nodeValue()), u"given");
+}
+
+TEST_F(Model, NodesCanBePlacedAndAligned) {
+    class alignas(128) Wide : public DOM::_XMLText {};
+    auto * const wide = new Wide;
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(wide) % 128, 0U);
+    delete wide;
+    alignas(DOM::_XMLText) unsigned char place[sizeof(DOM::_XMLText)];
+    auto * const text = new (place) DOM::_XMLText;
+    EXPECT_EQ(static_cast<void *>(text), static_cast<void *>(place));
+    text->~_XMLText();
+    delete new (std::nothrow) DOM::_XMLText;
+}
+
+TEST(Tags, PredicatesLookAtBothEndsAndTheLength) {
+    struct {
+        char16_t const * text;
+        char const *
+            forms; // t tag, c comment, d document type, s CDATA section, p instruction, / empty, < start, > end
+    } const rows[] = {
+        {u"", ""},
+        {u"<", ""},
+        {u"a>", ""},
+        {u"<>", "t<"},
+        {u"</>", "t/<>"},
+        {u"<//>", "t/<>"},
+        {u"</a/>", "t/<>"},
+        {u"/>", ""},
+        {u"<a/>", "t/<"},
+        {u"<!--->", "t<"},
+        {u"<!---->", "tc<"},
+        {u"<!--/>", "t/<"},
+        {u"<?>", "t<"},
+        {u"<?\?>", "tp<"},
+        {u"<![CDATA[]]>", "ts<"},
+        {u"<![CDATA[]>", "t<"},
+        {u"<![cdata[]]>", "t<"},
+        {u"<!DOCTYPE]>", "td<"},
+        {u"<!DOCTYPE a>", "t<"},
+        {u"<!doctype]>", "t<"},
+        {u"<!DOCTYPE>", "t<"},
+    };
+    for (auto const & row : rows) {
+        _WideString const text(wide(row.text));
+        std::string forms;
+        forms += DOM::isDOMTag(&text) ? "t" : "";
+        forms += DOM::isDOMComment(&text) ? "c" : "";
+        forms += DOM::isDOMDocumentType(&text) ? "d" : "";
+        forms += DOM::isDOMCDATASection(&text) ? "s" : "";
+        forms += DOM::isDOMProcessingInstruction(&text) ? "p" : "";
+        forms += DOM::isDOMElement(&text, _WideString::TAG_STATUS_EMPTY) ? "/" : "";
+        forms += DOM::isDOMElement(&text, _WideString::TAG_STATUS_BEGINNING) ? "<" : "";
+        forms += DOM::isDOMElement(&text, _WideString::TAG_STATUS_ENDING) ? ">" : "";
+        EXPECT_EQ(forms, row.forms) << shown(text);
+        EXPECT_FALSE(DOM::isDOMElement(&text, static_cast<_WideString::TagStatus>(3)));
+        EXPECT_TRUE(DOM::isDOMText(&text) && DOM::isDOMAttribute(&text) && DOM::isDOMEntityReference(&text));
+    }
+    EXPECT_FALSE(DOM::isDOMTag(nullptr));
+    EXPECT_TRUE(DOM::isDOMQuote(u'"') && DOM::isDOMQuote(u'\''));
+    EXPECT_FALSE(DOM::isDOMQuote(u'`'));
+}
+
+TEST(Charsets, NamesGoBothWays) {
+    EXPECT_EQ(DOM::_XMLDocument::charsetCount(), 29U);
+    for (std::int32_t number = 0; number < 29; ++number) {
+        auto const charset = static_cast<DOM::XMLCharset>(number);
+        EXPECT_EQ(DOM::_XMLDocument::wideStringToCharset(DOM::_XMLDocument::charsetToWideString(charset)), charset);
+    }
+    EXPECT_EQ(units(DOM::_XMLDocument::charsetToWideString(DOM::charsetShiftJIS)), u"shift_jis");
+    EXPECT_EQ(units(DOM::_XMLDocument::charsetToWideString(DOM::charsetGB231259_15)), u"gb231259-15");
+    EXPECT_EQ(units(DOM::_XMLDocument::charsetToWideString(static_cast<DOM::XMLCharset>(29))), u"us-ascii");
+    EXPECT_EQ(units(DOM::_XMLDocument::charsetToWideString(static_cast<DOM::XMLCharset>(-1))), u"us-ascii");
+    EXPECT_EQ(DOM::_XMLDocument::wideStringToCharset(u"Shift_jis"_w), DOM::charsetShiftJIS);
+    EXPECT_EQ(DOM::_XMLDocument::wideStringToCharset(u"ISO-8859-15"_w), DOM::charsetISO8859_15);
+    EXPECT_EQ(DOM::_XMLDocument::wideStringToCharset(u"latin1"_w), DOM::charsetUTF8);
+    EXPECT_EQ(DOM::_XMLDocument::wideStringToCharset(nullptr), DOM::charsetUTF8);
+    EXPECT_EQ(units(DOM::getDescripton()), u"Document Object Model Core 3.0");
+    EXPECT_EQ(DOM::getMajorVersion() * 10 + DOM::getMinorVersion(), 10);
+}
+
+TEST_F(Model, PropertiesWriteThroughToEveryDeclaration) {
+    DOM::_XMLDocument document;
+    document.set_encoding(DOM::charsetUTF8);
+    EXPECT_EQ(shownDocument(document), "?[version=1.0,encoding=utf-8,standalone=yes]");
+    document.addElement(u"r"_w, u""_w);
+    document.addProcessingInstruction();
+    document.set_version(u"1.1"_w);
+    EXPECT_EQ(shownDocument(document), "?[version=1.1,encoding=utf-8,standalone=yes],r,?[version=1.1]");
+    EXPECT_EQ(units(document.get_version()), u"1.1");
+    document.set_encoding(DOM::charsetUTF16);
+    EXPECT_EQ(document.get_encoding(), DOM::charsetUTF16);
+    EXPECT_EQ(shownDocument(document),
+              "?[version=1.1,encoding=utf-16,standalone=yes],r,?[version=1.1,encoding=utf-16]");
+
+    DOM::_XMLDocument other;
+    other.set_standalone(false);
+    EXPECT_FALSE(other.get_standalone());
+    EXPECT_EQ(shownDocument(other), "?[version=1.0,standalone=yes]");
+    other.set_standalone(false);
+    EXPECT_EQ(shownDocument(other), "?[version=1.0,standalone=no]");
+    DOM::_XMLDocument third;
+    third.set_version(nullptr);
+    EXPECT_EQ(shownDocument(third), "?[version=,standalone=yes]");
+    EXPECT_EQ(units(third.get_version()), u"");
+}
+
+} // namespace

@@ -1,0 +1,554 @@
+#include "xml_support.h"
+
+#include <functional>
+#include <memory>
+#include <morvane/core/literals.h>
+#include <morvane/strings/wide_string_array.h>
+#include <morvane/strings/wide_string_parser.h>
+#include <morvane/strings/wide_tag.h>
+#include <morvane/strings/wide_tag_array.h>
+#include <morvane/xml/tree_builder.h>
+#include <morvane/xml/xml_cdata_section.h>
+#include <morvane/xml/xml_comment.h>
+#include <morvane/xml/xml_text.h>
+#include <pthread.h>
+#include <random>
+
+namespace {
+
+using namespace morvane::literals;
+using namespace xml_test;
+
+class Reader : public Silent {};
+
+TEST_F(Reader, TakesWhatItFinds) {
+    struct {
+        char16_t const * markup;
+        char const * tree; // behind "!" the error of a failure
+    } const rows[] = {
+        {u"<a>x</a>", "a(\"x\")"},
+        {u"<a>  </a>", "a(\"  \")"},
+        {u"<a>\r\n</a>", "a(\"\\x000d\\x000a\")"},
+        {u"<a></a>", "a"},
+        {u"<a/>", "a"},
+        {u"<a />", "a"},
+        {u"<a>x<b/>y</a>", "a(b)"},
+        {u"<a><!--c-->x</a>", "a(<!--c])"},
+        {u"<a>x<?p?></a>", "a(?p)"},
+        {u"<a>x</b></a>", "a"},
+        {u"<a>x</b>y</a>", "a(\"y\")"},
+        {u"<a>x<!DOCTYPE b [ ]></a>", "a"},
+        {u"<a><b></a></b>", "a(b)"},
+        {u"<a><b><c>", "a(b(c))"},
+        {u"<a><b>lost", "a(b)"},
+        {u"<a>x</a ></a>", "a"},
+        {u"<A>x</a></A>", "A"},
+        {u"<a/><b/>", "a,b"},
+        {u"</a>", "!"},
+        {u"<a></a></a><b/>", "a,b"},
+        {u"x<a/>y", "a"},
+        {u"</a/>", "!"},
+        {u"<a/ ></a/>", "a/"},
+        {u"<a/ >x</a/>", "a/(\"x\")"},
+        {u"<></>", ""},
+        {u"<>x</>", "(\"x\")"},
+        {u"< a>x</a>", "a(\"x\")"},
+        {u"<a x=\"1\" X=\"2\"/>", "a[x=2]"},
+        {u"<a x=\"1\" y='2' x='3'/>", "a[x=3,y=2]"},
+        {u"<a b=1 c=\"2\" d/>", "a[b=,c=2]"},
+        {u"<a b=\"c d e\"/>", "a[b=c d e]"},
+        {u"<a b=\"c\td \"/>", "a[b=c\\x0009d ]"},
+        {u"<a b=\"x' c='y\"/>", "a[b=x,c=y]"},
+        {u"<a b=\"it's here\"/>", "a[b=]"},
+        {u"<a b = \"1\"/>", "a[=]"},
+        {u"<a = = b=\"1\"/>", "a[=,b=1]"},
+        {u"<a b=\"1/>", "a[b=]"},
+        {u"<a b=\"\" c='\" d=\"/>", "a[b=,c=,d=]"},
+        {u"<a b=\"x=y\"/>", "a[b=x=y]"},
+        {u"<a b=\"1\"\nc=\"2\"/>", "a[b=1\"\\x000ac=\"2]"},
+        {u"<a b=\"1\"\r\n c=\"2\"/>", "a[b=,c=2]"},
+        {u"<a\nb=\"1\"/>", "a\\x000ab=\"1\""},
+        {u"<a  \t b=\"1\"  />", "a[b=1]"},
+        {u"<a b=\"1\" >x</a>", "a[b=1](\"x\")"},
+        {u"<a>1 > 0</a><b/>", "a"},
+        {u"<a><b/>x>y</a><c/>", "a(b)"},
+        {u"<a b=\"1>2\"/><c/>", "a[b=]"},
+        {u"<a>1 < 2</a>", "a(2</a)"},
+        {u"<!--a>b--><c/>", "!--a"},
+        {u"<!-- a -->", "<!-- a ]"},
+        {u"<!----><!--->", "<!--],!---"},
+        {u"<![CDATA[a<b>c&]]>", "<![a<b>c&]"},
+        {u"<a><![CDATA[]]></a>", "a(<![])"},
+        {u"<![cdata[a]]>", "![cdata[a]]"},
+        {u"<?pi some data?>", "?pi"},
+        {u"<?xml version=\"1.0\" encoding='x'?><a/>", "?xml[version=1.0,encoding=x],a"},
+        {u"<?p a=\"1\" A=\"2\" b?>", "?p[a=2]"},
+        {u"<?\?>", "?"},
+        {u"<!DOCTYPE a [ <!ELEMENT a ANY> ]><a/>", "a"},
+        {u"<!DOCTYPE a><a/>", "!loadFromString:no nodes"},
+        {u"<?xml version=\"1.0\"?><!DOCTYPE a><a/>", "?xml[version=1.0]"},
+        {u"<!DOCTYPE a><a/><!DOCTYPE b [ ]><c/>", "c"},
+        {u"<!DOCTYPE a [ ]>", "!"},
+        {u"<x:a xmlns:x=\"u\"/>", "x:a[xmlns:x=u]"},
+        {u"", "!loadFromString:no nodes"},
+        {u"text", "!loadFromString:no nodes"},
+        {u"<a", "!loadFromString:no nodes"},
+        {u"<a>&#233;</a>", "a(\"\\x00e9\")"},
+        {u"<a>x&amp;y</a>", "a(\"xy\")"},
+        {u"&#60;a/&#62;", "a"},
+        {u"<a>x&y</a><b>z;</a>", "a(\"x\")"},
+        {u"<a>&x</a>", "a(\"&x\")"},
+        {u"<a>x&#0000;y</a>", "a(\"xy\")"},
+    };
+    for (auto const & row : rows) {
+        DOM::_XMLDocument document;
+        document.addElement(u"former"_w, u""_w);
+        EXPECT_EQ(loaded(document, row.markup), row.tree) << shown(row.markup);
+    }
+}
+
+TEST_F(Reader, NullTextEmptiesTheTreeAndKeepsTheSettings) {
+    DOM::_XMLDocument document;
+    document.set_encoding(DOM::charsetUTF16);
+    document.set_version(u"7"_w);
+    document.set_lineSpace(u"\t"_w);
+    _WideString error;
+    EXPECT_FALSE(document.loadFromString(nullptr, error));
+    EXPECT_EQ(units(error), u"loadFromString:bad input string");
+    EXPECT_EQ(document.get_childNodes()->get_count(), 0U);
+    EXPECT_EQ(document.get_encoding(), DOM::charsetUTF16);
+    EXPECT_EQ(units(document.get_version()), u"7");
+    EXPECT_EQ(units(document.get_lineSpace()), u"\t");
+    EXPECT_TRUE(document.loadFromString(u"<a/>"_w, error));
+    EXPECT_EQ(units(error), u"loadFromString:bad input string");
+}
+
+TEST_F(Reader, LinksNodesToParentAndDocument) {
+    DOM::_XMLDocument document;
+    ASSERT_EQ(loaded(document, u"<a x='1'><b>t</b></a>"), "a[x=1](b(\"t\"))");
+    DOM::_XMLElement * const a = document.getRoot();
+    auto * const b = static_cast<DOM::_XMLElement *>(a->firstChild());
+    EXPECT_EQ(a->get_parentNode(), nullptr);
+    EXPECT_EQ(a->getAttribute(0)->get_parentNode(), a);
+    EXPECT_EQ(b->get_parentNode(), a);
+    EXPECT_EQ(b->firstChild()->get_parentNode(), b);
+    for (DOM::_XMLNode * const node : {static_cast<DOM::_XMLNode *>(a), a->firstChild(), b->firstChild(),
+                                       static_cast<DOM::_XMLNode *>(a->getAttribute(0))}) {
+        EXPECT_EQ(node->get_documentNode(), &document);
+    }
+}
+
+TEST_F(Reader, BrokeTagSplitsTheInsideOfATag) {
+    using Split = DOM::_XMLDocument;
+    _WideStringArray names;
+    _WideStringArray values;
+    _WideString name(u"former"_w);
+    EXPECT_FALSE(Split::brokeTag(nullptr, name, &names, &values));
+    EXPECT_FALSE(Split::brokeTag(u"a b=\"1\""_w, name, nullptr, &values));
+    EXPECT_FALSE(Split::brokeTag(u"a b=\"1\""_w, name, &names, nullptr));
+    EXPECT_FALSE(Split::brokeTag(u""_w, name, &names, &values));
+    EXPECT_EQ(units(name), u"former");
+    EXPECT_FALSE(Split::brokeTag(u"a"_w, name, &names, &values));
+    EXPECT_EQ(units(name), u"a");
+    name = u"n b=\"1\" c "_w;
+    EXPECT_TRUE(Split::brokeTag(name, name, &names, &values));
+    EXPECT_EQ(units(name), u"n");
+    EXPECT_EQ(names.get_count(), 1U);
+    // What the arrays held before counts in the result.
+    EXPECT_TRUE(Split::brokeTag(u" \t"_w, name, &names, &values));
+    EXPECT_EQ(units(name), u"");
+    EXPECT_TRUE(Split::brokeTag(u"a d=x '=\""_w, name, &names, &values));
+    ASSERT_EQ(names.get_count(), 3U);
+    EXPECT_EQ(values.get_count(), 3U);
+    EXPECT_EQ(units(names.getString(2)) + u"|" + units(values.getString(2)), u"'|");
+    EXPECT_EQ(units(names.getString(1)) + u"|" + units(values.getString(1)), u"d|");
+    EXPECT_EQ(units(names.getString(0)) + u"|" + units(values.getString(0)), u"b|1");
+}
+
+TEST(ReaderTraces, TellEveryEventInOrder) {
+    DebugChannel channel;
+    DOM::_XMLDocument document;
+    ASSERT_EQ(loaded(document,
+                     u"<?xml v=\"1\"?><!DOCTYPE r [ ]><r a='1' b=2><e c=\"3\" d=\"\"/><!--m--><![CDATA[n]]></x>"
+                     u"<t>u</t></r></r>"),
+              "?xml[v=1],r[a=1,b=](e[c=3,d=],<!--m],<![n],t(\"u\"))");
+    std::vector<std::string> const expected = {
+        "Data: <?xml v=\"1\"?>\\x000d\\x000a",
+        "DOMProcessingInstruction",
+        "\"1\"",
+        "Data: <!DOCTYPE r [ ]>\\x000d\\x000a",
+        "XMLDocumentType",
+        "Data: <r a='1' b=2>\\x000d\\x000a",
+        "TAG_STATUS_BEGINNING",
+        "'1'",
+        "2",
+        "Data: <e c=\"3\" d=\"\"/>\\x000d\\x000a",
+        "TAG_STATUS_EMPTY",
+        "\"3\"",
+        "\"\"",
+        "e",
+        "c",
+        "3",
+        "d",
+        "",
+        "Data: <!--m-->\\x000d\\x000a",
+        "XMLComment",
+        "Data: <![CDATA[n]]>\\x000d\\x000a",
+        "XMLCDATASection",
+        "Data: </x>\\x000d\\x000a",
+        "DOMElement:TAG_STATUS_ENDING",
+        "Data: <t>\\x000d\\x000a",
+        "TAG_STATUS_BEGINNING",
+        "Data: </t>\\x000d\\x000a",
+        "DOMElement:TAG_STATUS_ENDING",
+        "DOMText",
+        "Data: </r>\\x000d\\x000a",
+        "DOMElement:TAG_STATUS_ENDING",
+        "Data: </r>\\x000d\\x000a",
+        "DOMElement:TAG_STATUS_ENDING",
+    };
+    EXPECT_EQ(channel.events(), expected);
+}
+
+TEST(ReaderTraces, CutALongTagAtTheFormatLimitAndNothingElse) {
+    DebugChannel channel;
+    DOM::_XMLDocument document;
+    std::u16string const content(40000, u'x');
+    loaded(document, u"<a b=\"" + content + u"\"/>");
+    ASSERT_EQ(channel.events().size(), 6U);
+    EXPECT_EQ(channel.events()[0].size(), 32767U);
+    EXPECT_EQ(channel.events()[2].size(), 40002U);
+    EXPECT_EQ(channel.events()[5].size(), 40000U);
+}
+
+[[noreturn]] void throwAtText(unsigned short int const * text) {
+    throw *text;
+}
+
+TEST(ReaderTraces, AListenerThatThrowsLeavesAUsableDocument) {
+    DOM::_XMLDocument document;
+    static int left = 0;
+    for (left = 0; left < 8; ++left) {
+        auto const former = morvane::platform::setDebugListener([](unsigned short int const * text) {
+            if (left-- == 0) {
+                throwAtText(text);
+            }
+        });
+        int const planned = left;
+        EXPECT_ANY_THROW(loaded(document, u"<a x='1'><b><c/></b></a>")) << planned;
+        morvane::platform::setDebugListener(nullptr);
+        EXPECT_EQ(loaded(document, u"<d/>"), "d");
+        left = planned;
+        morvane::platform::setDebugListener(former);
+    }
+}
+
+/// The steps of the reader as they are told, over the array of tags, slowly and with a tree of its own.
+class PlainReader {
+public:
+    struct Node {
+        DOM::NodeType type;
+        std::u16string name;
+        std::u16string value;
+        std::vector<std::pair<std::u16string, std::u16string>> attributes;
+        std::vector<std::unique_ptr<Node>> children;
+    };
+
+    explicit PlainReader(_WideTagArray const & array) : tags(array) {}
+
+    std::uint32_t parse(std::uint32_t & index, Node & parent, bool isTop) {
+        std::uint32_t count = 0;
+        bool running = true;
+        while (index < tags.get_count() && running) {
+            std::unique_ptr<Node> made;
+            if (tags.getTag(index)->isTag()) {
+                _WideString const text = tags.getTag(index)->get_wideString();
+                auto const length = static_cast<std::int32_t>(text.get_length());
+                trace(std::u16string(u"Data: ").append(units(text)).append(u"\r\n"));
+                if (text.isDOMElement(_WideString::TAG_STATUS_ENDING)) {
+                    trace(u"DOMElement:TAG_STATUS_ENDING");
+                    if (!isTop && units(text.mid(2, length - 3)) == parent.name) {
+                        _WideTag const * const before = tags.getTag(index - 1);
+                        if (parent.children.empty() && before != nullptr && !before->isTag()) {
+                            trace(u"DOMText");
+                            parent.children.push_back(node(DOM::TEXT_NODE, u"", units(before->get_wideString())));
+                            ++count;
+                        }
+                        running = false;
+                    }
+                } else if (text.isDOMElement(_WideString::TAG_STATUS_EMPTY)) {
+                    trace(u"TAG_STATUS_EMPTY");
+                    made = element(DOM::ELEMENT_NODE, text.mid(1, length - 3), true);
+                } else if (text.isDOMCDATASection()) {
+                    trace(u"XMLCDATASection");
+                    made = node(DOM::CDATA_SECTION_NODE, u"", units(text.mid(9, length - 12)));
+                } else if (text.isDOMComment()) {
+                    trace(u"XMLComment");
+                    made = node(DOM::COMMENT_NODE, u"", units(text.mid(4, length - 7)));
+                } else if (text.isDOMDocumentType()) {
+                    trace(u"XMLDocumentType");
+                } else if (text.isDOMProcessingInstruction()) {
+                    trace(u"DOMProcessingInstruction");
+                    made = element(DOM::PROCESSING_INSTRUCTION_NODE, text.mid(2, length - 4), false);
+                } else if (text.isDOMElement(_WideString::TAG_STATUS_BEGINNING)) {
+                    trace(u"TAG_STATUS_BEGINNING");
+                    made = element(DOM::ELEMENT_NODE, text.mid(1, length - 2), false);
+                    std::uint32_t below = index + 1;
+                    count += parse(below, *made, false);
+                    index = below - 1;
+                }
+            }
+            if (made != nullptr) {
+                parent.children.push_back(std::move(made));
+                ++count;
+            }
+            ++index;
+        }
+        return count;
+    }
+
+    std::vector<std::string> traces;
+
+private:
+    void trace(std::u16string const & event) { traces.push_back(shown(event)); }
+
+    static std::unique_ptr<Node> node(DOM::NodeType type, std::u16string name, std::u16string value) {
+        return std::unique_ptr<Node>(new Node{type, std::move(name), std::move(value), {}, {}});
+    }
+
+    std::unique_ptr<Node> element(DOM::NodeType type, _WideString const & inside, bool tracesAttributes) {
+        _WideStringParser parser(inside);
+        _WideStringArray tokens;
+        std::unique_ptr<Node> made = node(type, u"", u"");
+        std::vector<std::pair<std::u16string, std::u16string>> words;
+        if (parser.parseStringsEx(&tokens, true) >= 1) {
+            made->name = units(tokens.getString(0));
+            for (std::uint32_t index = 1; index < tokens.get_count(); ++index) {
+                std::u16string const token = units(tokens.getString(index));
+                std::size_t const equals = token.find(u'=');
+                if (equals == std::u16string::npos) {
+                    continue;
+                }
+                std::u16string const raw = token.substr(equals + 1);
+                trace(raw);
+                bool const quoted = raw.size() >= 2 && DOM::isDOMQuote(raw.front()) && DOM::isDOMQuote(raw.back());
+                words.emplace_back(token.substr(0, equals), quoted ? raw.substr(1, raw.size() - 2) : u"");
+            }
+        }
+        if (tracesAttributes) {
+            trace(made->name);
+        }
+        for (auto const & [name, value] : words) {
+            auto found = made->attributes.begin();
+            while (found != made->attributes.end() && lower(found->first) != lower(name)) {
+                ++found;
+            }
+            if (found != made->attributes.end()) {
+                found->second = value;
+            } else {
+                made->attributes.emplace_back(name, value);
+            }
+            if (tracesAttributes) {
+                trace(name);
+                trace(value);
+            }
+        }
+        return made;
+    }
+
+    static std::u16string lower(std::u16string text) {
+        for (char16_t & unit : text) {
+            unit = unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
+        }
+        return text;
+    }
+
+    _WideTagArray const & tags;
+};
+
+/// Appends the nodes of the plain reader to a document of the library, to be shown with the same words.
+void grow(DOM::_XMLElement & parent, PlainReader::Node const & plain) {
+    for (auto const & child : plain.children) {
+        DOM::_XMLNode * made = nullptr;
+        switch (child->type) {
+        case DOM::ELEMENT_NODE: {
+            DOM::_XMLElement * const element = parent.addElement(Units(child->name), nullptr);
+            for (auto const & [name, value] : child->attributes) {
+                element->setAttributeNamed(Units(name), Units(value));
+            }
+            grow(*element, *child);
+            continue;
+        }
+        case DOM::PROCESSING_INSTRUCTION_NODE: {
+            auto * const instruction = new DOM::_XMLProcessingInstruction;
+            made = parent.addChildNode(instruction);
+            for (auto const & [name, value] : child->attributes) {
+                instruction->setAttribute(Units(name), Units(value), true);
+            }
+            break;
+        }
+        case DOM::COMMENT_NODE:
+            made = parent.addComment(nullptr);
+            break;
+        case DOM::CDATA_SECTION_NODE:
+            made = parent.addCDATASection(nullptr);
+            break;
+        default:
+            made = parent.addText(nullptr);
+        }
+        made->set_nodeName(wide(child->name));
+        made->set_nodeValue(wide(child->value));
+    }
+}
+
+TEST(ReaderOracle, AgreesWithTheStepsOverTheTagArray) {
+    char16_t const * const parts[] = {u"<a>",    u"</a>",      u"<b x=\"1\" X='2'>",
+                                      u"</b>",   u"<c/>",      u"<c y=\"",
+                                      u"\"/>",   u"<!--m-->",  u"<!--",
+                                      u"-->",    u"<![CDATA[", u"]]>",
+                                      u"<?p a=", u"'q'?>",     u"<!DOCTYPE a ",
+                                      u"]>",     u"[",         u"t",
+                                      u" ",      u"\t",        u"\n",
+                                      u">",      u"<",         u"/>",
+                                      u"</",     u"=",         u"\"",
+                                      u"'",      u"<a></a>",   u"<d e=f g='h i' E=\"j\"/>"};
+    std::mt19937 random(20240607);
+    for (int round = 0; round < 20000; ++round) {
+        std::u16string markup;
+        for (std::size_t count = 1 + random() % 12; count > 0; --count) {
+            markup += parts[random() % std::size(parts)];
+        }
+        Units const text(markup);
+
+        _WideStringParser parser(text);
+        _WideTagArray tags;
+        std::int32_t const pieces = parser.parseTags(&tags, _WideStringParser::docTypeXML, true);
+        PlainReader plain(tags);
+        PlainReader::Node top{DOM::ELEMENT_NODE, u"", u"", {}, {}};
+        std::uint32_t plainIndex = 0;
+        std::uint32_t const count = plain.parse(plainIndex, top, true);
+        DOM::_XMLElement expected;
+        grow(expected, top);
+
+        DOM::_XMLDocument overArray;
+        {
+            DebugChannel const silence(true);
+            std::uint32_t index = 0;
+            morvane::ArrayPieces array(tags, index);
+            EXPECT_EQ(morvane::TreeBuilder(overArray, nullptr).build(array), count) << shown(markup);
+            EXPECT_EQ(index, plainIndex) << shown(markup);
+        }
+
+        DebugChannel channel;
+        DOM::_XMLDocument document;
+        _WideString error;
+        EXPECT_EQ(document.loadFromString(text, error), count != 0) << shown(markup);
+        EXPECT_EQ(shown(error), pieces < 1 ? "loadFromString:no nodes" : "");
+        EXPECT_EQ(channel.events(), plain.traces) << shown(markup);
+        EXPECT_EQ(shownDocument(document), shownList(*expected.get_childElements())) << shown(markup);
+        EXPECT_EQ(shownDocument(overArray), shownDocument(document)) << shown(markup);
+        if (HasFailure()) {
+            return;
+        }
+    }
+}
+
+TEST_F(Reader, ATreeOfAnArrayEndsAtTheEndTagOfItsParent) {
+    _WideTagArray tags;
+    for (char16_t const * const tag : {u"<b>", u"</b>", u"</c>", u"</a>", u"<d/>"}) {
+        tags.addTag(new _WideTag(Units(tag), true));
+    }
+    DOM::_XMLDocument document;
+    DOM::_XMLElement * const a = document.addElement(u"a"_w, u""_w);
+    std::uint32_t index = 0;
+    morvane::ArrayPieces pieces(tags, index);
+    EXPECT_EQ(morvane::TreeBuilder(document, a).build(pieces), 1U);
+    EXPECT_EQ(index, 4U);
+    EXPECT_EQ(shownDocument(document), "a(b)");
+
+    // The entry in front of the first one counts as well.
+    _WideTagArray closing;
+    closing.addTag(new _WideTag(u"text"_w, false));
+    closing.addTag(new _WideTag(u"</e>"_w, true));
+    DOM::_XMLElement * const e = document.addElement(u"e"_w, u""_w);
+    index = 1;
+    morvane::ArrayPieces rest(closing, index);
+    EXPECT_EQ(morvane::TreeBuilder(document, e).build(rest), 1U);
+    EXPECT_EQ(shownDocument(document), "a(b),e(\"text\")");
+}
+
+TEST_F(Reader, MergesVeryManyAttributesOfOneTag) {
+    std::u16string markup = u"<a";
+    auto const name = [](std::uint32_t number, char16_t first) {
+        std::string const digits = std::to_string(number);
+        return std::u16string(1, first).append(digits.begin(), digits.end());
+    };
+    for (char16_t const first : {u'n', u'N'}) {
+        for (std::uint32_t number = 0; number < 20000; ++number) {
+            markup.append(u" ").append(name(number, first)).append({u'=', u'"', first, u'"'});
+        }
+    }
+    DOM::_XMLDocument document;
+    _WideString error;
+    ASSERT_TRUE(document.loadFromString(Units(markup + u"/>"), error));
+    DOM::_XMLElement const & root = *document.getRoot();
+    ASSERT_EQ(root.getAttributeCount(), 20000U);
+    for (std::uint32_t number = 0; number < 20000; number += 999) {
+        EXPECT_EQ(units(root.getAttribute(number)->get_nodeName()), name(number, u'n'));
+        EXPECT_EQ(units(root.getAttribute(number)->get_nodeValue()), u"N");
+    }
+}
+
+/// Runs `work` on a thread of its own with a stack of 256 KiB.
+void runOnSmallStack(std::function<void()> work) {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 256 * 1024), 0);
+    pthread_t thread;
+    auto const start = [](void * argument) -> void * {
+        (*static_cast<std::function<void()> *>(argument))();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, start, &work), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+
+TEST_F(Reader, DepthTakesNoStack) {
+    constexpr std::uint32_t depth = 1000000;
+    std::u16string markup;
+    for (std::uint32_t level = 0; level < depth; ++level) {
+        markup += u"<a>";
+    }
+    std::u16string const unclosed = markup;
+    for (std::uint32_t level = 0; level < depth; ++level) {
+        markup += u"</a>";
+    }
+    runOnSmallStack([&] {
+        DOM::_XMLDocument document;
+        document.set_lineSpace(u""_w);
+        document.set_lineTermination(u""_w);
+        for (std::u16string const & text : {markup, unclosed}) {
+            _WideString error;
+            ASSERT_TRUE(document.loadFromString(Units(text), error));
+            _WideString const printed = document.toFormatString();
+            // The innermost prints as an empty element, in four units.
+            ASSERT_EQ(printed.get_length(), (depth - 1) * 7 + 4);
+            EXPECT_EQ(units(printed.mid((depth - 2) * 3, 11)), u"<a><a/></a>");
+        }
+    });
+}
+
+TEST_F(Reader, TakesVeryManySiblings) {
+    std::u16string markup = u"<r>";
+    for (int count = 0; count < 100000; ++count) {
+        markup += u"<a b='1'>t</a>";
+    }
+    DOM::_XMLDocument document;
+    _WideString error;
+    ASSERT_TRUE(document.loadFromString(Units(markup + u"</r>"), error));
+    EXPECT_EQ(document.getRoot()->getNodeCount(), 100000U);
+    EXPECT_EQ(shownNode(*document.getRoot()->getNode(99999)), "a[b=1](\"t\")");
+}
+
+} // namespace
