@@ -1,0 +1,338 @@
+// The shape of all public classes: bases, tables of virtual operations, access, sizes. It links the shared library.
+//
+// Slots are read out of pointers to members, which hold them under the Itanium C++ ABI; their number is the size of the
+// table that the library exports.
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <link.h>
+#include <morvane/morvane.h>
+#include <string>
+#include <tuple>
+#include <type_traits>
+#include <typeinfo>
+#include <vector>
+
+namespace {
+
+/// A class, its only base or `void`, and the number of its slots, of which a destructor takes two; 0 without a table.
+template <typename Class, typename Base, std::size_t slots>
+struct Row {};
+
+using Tree = std::tuple<
+    // clang-format off
+    Row<_Object, void, 2>, Row<_Element, _Object, 2>, Row<_List, _Object, 2>, Row<_MutableList, _List, 2>,
+    Row<_NamedObject, _Object, 2>, Row<_Node, _Object, 2>, Row<_Thread, _Object, 3>, Row<_Writer, _Object, 2>,
+    Row<CRT, void, 2>, Row<DEF, void, 2>, Row<SYS, void, 2>,
+    Row<_Memory, void, 2>, Row<_MemoryBlock, void, 2>, Row<_MemoryManager, void, 2>,
+    Row<_Exception, _Object, 2>, Row<_MemoryException, _Exception, 2>, Row<_SystemUtility, void, 2>,
+    Row<_WideString, void, 0>, Row<_DataString, _Object, 6>, Row<_String, void, 2>, Row<_StringParser, void, 2>,
+    Row<_WideStringArray, _MutableArray, 5>, Row<_WideTag, _Object, 5>, Row<_WideTagArray, _Container, 5>,
+    Row<_WideStringParser, void, 2>,
+    Row<_Array, void, 3>, Row<_MutableArray, _Array, 5>, Row<_Container, _MutableArray, 5>, Row<_Stack, void, 2>,
+    Row<_Dictionary, _Object, 4>, Row<_DictionaryItem, _Object, 9>, Row<_MutableDictionary, _Dictionary, 7>,
+    Row<_Stream, void, 6>, Row<_HandleStream, _Stream, 6>, Row<_FileStream, _HandleStream, 6>,
+    Row<_FileUtility, void, 2>, Row<_MemoryStream, _Stream, 6>, Row<_Reader, _Object, 2>, Row<_Persistant, _Object, 5>,
+    Row<_StringUtility, void, 2>, Row<UCS, void, 2>,
+    Row<DOM, void, 2>, Row<DOM::_DOMOptions, void, 2>, Row<DOM::_XMLNode, _Object, 3>,
+    Row<DOM::_XMLAttribute, DOM::_XMLNode, 3>, Row<DOM::_XMLCDATASection, DOM::_XMLNode, 3>,
+    Row<DOM::_XMLComment, DOM::_XMLNode, 3>, Row<DOM::_XMLDocumentType, DOM::_XMLNode, 3>,
+    Row<DOM::_XMLElement, DOM::_XMLNode, 3>, Row<DOM::_XMLProcessingInstruction, DOM::_XMLNode, 3>,
+    Row<DOM::_XMLText, DOM::_XMLNode, 3>, Row<DOM::_XMLDocument, DOM::_XMLNode, 3>,
+    Row<DOM::_XMLNamedNodeMap, _Container, 5>,
+    Row<COM, void, 2>, Row<COM::_IUnknown, void, 5>, Row<COM::_IClassFactory, COM::_IUnknown, 8>,
+    Row<COM::_IClassServer, COM::_IUnknown, 5>, Row<COM::_IModuleFactory, COM::_IClassFactory, 8>,
+    Row<COM::_IPersistent, void, 0>, Row<COM::_IStream, void, 0>,
+    Row<_Color, _Object, 5>, Row<_Image, _Persistant, 8>, Row<_Palette, _Object, 2>
+    // clang-format on
+    >;
+
+template <typename... Classes>
+struct Set {
+    template <typename Class>
+    static constexpr bool holds = (std::is_same_v<Class, Classes> || ...);
+};
+
+using Abstract = Set<COM, COM::_IClassFactory, DOM::_XMLNode, _Array, _Dictionary, _Stream>;
+using WithoutPublicDefault =
+    Set<COM::_IUnknown, COM::_IClassServer, COM::_IModuleFactory, _FileStream, _MemoryBlock, _Reader, _Stack>;
+
+template <typename Class, typename Other>
+constexpr bool derivesFrom = std::is_base_of_v<Other, Class> && !std::is_same_v<Other, Class>;
+
+/// True when `Base` is the one direct base of `Class` among the classes of the tree.
+template <typename Class, typename Base, typename... Others, typename... OtherBases, std::size_t... slots>
+consteval bool hasOnlyBase(std::tuple<Row<Others, OtherBases, slots>...> const *) {
+    return (... && (derivesFrom<Class, Others> == (std::is_same_v<Others, Base> || derivesFrom<Base, Others>)));
+}
+
+template <typename Class>
+void checkMaking() {
+    EXPECT_EQ(std::is_abstract_v<Class>, Abstract::holds<Class>);
+    EXPECT_TRUE(std::is_copy_assignable_v<Class>);
+    if constexpr (!std::is_abstract_v<Class>) {
+        EXPECT_EQ(
+            requires { new Class; }, !WithoutPublicDefault::holds<Class>);
+        EXPECT_TRUE(requires(Class const & other) { new Class(other); });
+    }
+    constexpr bool isCounted = std::is_base_of_v<COM::_IUnknown, Class>;
+    EXPECT_EQ(std::is_destructible_v<Class>, !isCounted);
+}
+
+template <typename Class, typename Base, std::size_t slots>
+void checkRow(Row<Class, Base, slots>) {
+    SCOPED_TRACE(typeid(Class).name());
+    EXPECT_TRUE((hasOnlyBase<Class, Base>(static_cast<Tree const *>(nullptr))));
+    EXPECT_EQ(std::is_polymorphic_v<Class>, slots != 0);
+    EXPECT_EQ(std::has_virtual_destructor_v<Class>, slots != 0);
+    checkMaking<Class>();
+    if constexpr (slots != 0) {
+        std::string const name = typeid(Class).name();
+        EXPECT_EQ(dlsym(RTLD_DEFAULT, ("_ZTI" + name).c_str()), static_cast<void const *>(&typeid(Class)));
+        void * const table = dlsym(RTLD_DEFAULT, ("_ZTV" + name).c_str());
+        ASSERT_NE(table, nullptr);
+        Dl_info module;
+        void * symbol = nullptr;
+        ASSERT_NE(dladdr1(table, &module, &symbol, RTLD_DL_SYMENT), 0);
+        EXPECT_NE(std::string(module.dli_fname).find("libMorvaneU"), std::string::npos);
+        // In front of the slots stand the offset to the top and the type information.
+        EXPECT_EQ(static_cast<ElfW(Sym) const *>(symbol)->st_size / sizeof(void *), slots + 2);
+    }
+}
+
+TEST(ClassTree, HasItsBasesItsTablesAndItsMaking) {
+    std::apply([](auto... rows) { (checkRow(rows), ...); }, Tree());
+}
+
+/// The slots of virtual members; the two of the destructor are those that are missing.
+template <typename... Members>
+std::vector<std::ptrdiff_t> slotsOf(Members... members) {
+    auto const slotOf = [](auto member) {
+        std::array<std::ptrdiff_t, 2> words;
+        static_assert(sizeof member == sizeof words);
+        std::memcpy(&words, &member, sizeof words);
+        // The mark of a virtual member stands in the first word or, on some processors, in the second one.
+        std::ptrdiff_t const offset = (words[0] & 1) != 0 ? words[0] - 1 : (words[1] & 1) != 0 ? words[0] : -1;
+        return offset / static_cast<std::ptrdiff_t>(sizeof(void *));
+    };
+    return {slotOf(members)...};
+}
+
+TEST(ClassTree, KeepsTheOrderOfItsSlots) {
+    using Slots = std::vector<std::ptrdiff_t>;
+    EXPECT_EQ(slotsOf(&_Thread::run), (Slots{2}));
+    EXPECT_EQ(
+        slotsOf(&_DataString::equals, &_DataString::loadFromStream, &_DataString::saveToStream, &_DataString::toString),
+        (Slots{2, 3, 4, 5}));
+    EXPECT_EQ(slotsOf(&_WideTag::loadFromStream, &_WideTag::saveToStream, &_WideTag::toString), (Slots{2, 3, 4}));
+    EXPECT_EQ(slotsOf(&_Array::getItem), (Slots{2}));
+    EXPECT_EQ(slotsOf(&_MutableArray::getItem, &_MutableArray::deleteAll, &_MutableArray::deleteAt), (Slots{2, 3, 4}));
+    EXPECT_EQ(slotsOf(&_DictionaryItem::compare, &_DictionaryItem::copy, &_DictionaryItem::equals,
+                      &_DictionaryItem::equalsNoCase, &_DictionaryItem::loadFromStream, &_DictionaryItem::saveToStream,
+                      &_DictionaryItem::toString),
+              (Slots{2, 3, 4, 5, 6, 7, 8}));
+    EXPECT_EQ(slotsOf(&_MutableDictionary::getCount, &_MutableDictionary::getItem, &_MutableDictionary::loadFromStream,
+                      &_MutableDictionary::saveToStream, &_MutableDictionary::toString),
+              (Slots{2, 3, 4, 5, 6}));
+    EXPECT_EQ(slotsOf(&_Dictionary::getCount, &_Dictionary::getItem), (Slots{2, 3}));
+    EXPECT_EQ(slotsOf(&_Stream::read, &_Stream::write, &_Stream::seek, &_Stream::setSize), (Slots{0, 1, 4, 5}));
+    EXPECT_EQ(slotsOf(&_Persistant::_loadFromStream, &_Persistant::_saveToStream, &_Persistant::_toString),
+              (Slots{2, 3, 4}));
+    EXPECT_EQ(slotsOf(&DOM::_XMLNode::toString), (Slots{2}));
+    EXPECT_EQ(slotsOf(&COM::_IUnknown::queryInterface, &COM::_IUnknown::addRef, &COM::_IUnknown::release),
+              (Slots{2, 3, 4}));
+    EXPECT_EQ(slotsOf(&COM::_IClassFactory::createObjectInstance, &COM::_IClassFactory::loadServer,
+                      &COM::_IClassFactory::unloadServer),
+              (Slots{5, 6, 7}));
+    EXPECT_EQ(slotsOf(&_Color::loadFromStream, &_Color::saveToStream, &_Color::toString), (Slots{2, 3, 4}));
+    EXPECT_EQ(slotsOf(&_Image::loadFromStream, &_Image::saveToStream, &_Image::toString), (Slots{5, 6, 7}));
+}
+
+/// Who may name a member.
+enum Access { toNobody, toDerived, toAll };
+
+/// An explicit instantiation may name private members, so that it holds whether there is one of this very type.
+template <auto member>
+struct Exists {};
+
+#define JOIN_LINE_AGAIN(name, line) name##line
+#define JOIN_LINE(name, line) JOIN_LINE_AGAIN(name, line)
+#define PROBE JOIN_LINE(Probe, __LINE__)
+
+/// A member of a class, by its access, its name and the type of a pointer to it, in which `C` is the class.
+#define MEMBER(access, Class, member, ...)                                                                             \
+    struct PROBE : Class {                                                                                             \
+        using C = Class;                                                                                               \
+        using Type = __VA_ARGS__;                                                                                      \
+        template <typename Here>                                                                                       \
+        static consteval bool isReached() {                                                                            \
+            return requires {                                                                                          \
+                static_cast<Type>(&Here::member);                                                                      \
+            };                                                                                                         \
+        }                                                                                                              \
+    };                                                                                                                 \
+    template struct Exists<static_cast<PROBE::Type>(&Class::member)>;                                                  \
+    static_assert([]<typename Here>() {                                                                                \
+        return requires {                                                                                              \
+            static_cast<PROBE::Type>(&Here::member);                                                                   \
+        };                                                                                                             \
+    }.template operator()<Class>()                                                                                     \
+                  == (access == toAll));                                                                               \
+    static_assert(PROBE::isReached<PROBE>() == (access != toNobody));
+
+/// A member with a sibling of the same name, for which access can't be told apart: that it exists is all.
+#define OVERLOAD(Class, member, ...)                                                                                   \
+    struct PROBE {                                                                                                     \
+        using C = Class;                                                                                               \
+        using Type = __VA_ARGS__;                                                                                      \
+    };                                                                                                                 \
+    template struct Exists<static_cast<PROBE::Type>(&Class::member)>;
+
+// clang-format off
+using Int = std::int32_t;
+using Word = std::uint32_t;
+using Half = std::uint16_t;
+using Text = unsigned short int const *;
+using Node = _MemoryBlock::_MemoryNode *;
+using Part = _MemoryBlock::_MemoryPart *;
+
+MEMBER(toAll, _Object, vmtPointer, void * (C::*)())
+
+MEMBER(toNobody, _Memory, get_allocationCount, Int (C::*)() const)
+MEMBER(toNobody, _Memory, get_unallocationCount, Int (C::*)() const)
+MEMBER(toNobody, _Memory, set_allocationCount, void (C::*)(Int))
+MEMBER(toNobody, _Memory, set_unallocationCount, void (C::*)(Int))
+MEMBER(toAll, _Memory, heapFree, Word (C::*)() const)
+
+MEMBER(toAll, _MemoryBlock, set_first, void (C::*)(Node))
+MEMBER(toAll, _MemoryBlock, set_unitSize, void (C::*)(Half))
+MEMBER(toAll, _MemoryBlock, pointerToMemoryPart, Part (*)(void *))
+MEMBER(toDerived, _MemoryBlock, createNode, Node (C::*)())
+MEMBER(toDerived, _MemoryBlock, destroyNode, void (C::*)(Node))
+MEMBER(toDerived, _MemoryBlock, createPointer, void * (C::*)(Node, bool))
+MEMBER(toDerived, _MemoryBlock, destroyPart, void (C::*)(Part, Node))
+MEMBER(toDerived, _MemoryBlock, fillData, void (C::*)(Node))
+MEMBER(toDerived, _MemoryBlock, fillStack, void (C::*)(Node))
+MEMBER(toDerived, _MemoryBlock, freeChain, void (C::*)())
+MEMBER(toDerived, _MemoryBlock, getFirstNode, Node (C::*)() const)
+MEMBER(toDerived, _MemoryBlock, getLastNode, Node (C::*)() const)
+MEMBER(toDerived, _MemoryBlock, getPreviousNode, Node (C::*)(Node) const)
+MEMBER(toDerived, _MemoryBlock, getPart, Part (C::*)(Node, Word) const)
+MEMBER(toDerived, _MemoryBlock, getStack, Half * (C::*)(Node) const)
+MEMBER(toDerived, _MemoryBlock, insert, void (C::*)(Node))
+MEMBER(toDerived, _MemoryBlock, insertAfter, void (C::*)(Node, Node))
+MEMBER(toDerived, _MemoryBlock, remove, void (C::*)(Node))
+MEMBER(toDerived, _MemoryBlock, isEmpty, bool (C::*)(Node) const)
+MEMBER(toDerived, _MemoryBlock, isFull, bool (C::*)(Node) const)
+MEMBER(toDerived, _MemoryBlock, headSize, Word (C::*)() const)
+MEMBER(toDerived, _MemoryBlock, partSize, Word (C::*)() const)
+MEMBER(toDerived, _MemoryBlock, dataSize, Word (C::*)() const)
+MEMBER(toDerived, _MemoryBlock, stackSize, Word (C::*)() const)
+MEMBER(toDerived, _MemoryBlock, nodeSize, Word (C::*)() const)
+MEMBER(toNobody, _MemoryBlock, get_first, Node (C::*)() const)
+MEMBER(toNobody, _MemoryBlock, get_unitSize, Half (C::*)() const)
+MEMBER(toNobody, _MemoryBlock, get_unitCount, Word (C::*)() const)
+
+MEMBER(toAll, _MemoryManager, default_ctor_closure, void (C::*)())
+MEMBER(toNobody, _MemoryManager, get_memoryAllocator, _Memory (C::*)() const)
+MEMBER(toNobody, _MemoryManager, set_memoryAllocator, void (C::*)(_Memory))
+MEMBER(toNobody, _MemoryManager, get_memoryBlock16, _MemoryBlock * (C::*)() const)
+MEMBER(toNobody, _MemoryManager, set_memoryBlock1024, void (C::*)(_MemoryBlock *))
+
+MEMBER(toNobody, _WideString, _allocate, unsigned short int * (C::*)(Word, Word &))
+MEMBER(toNobody, _WideString, _toLongWord, Word (C::*)())
+MEMBER(toNobody, _WideString, _initialize, void (C::*)())
+MEMBER(toAll, _WideString, toUniString, _WideString (C::*)() const)
+OVERLOAD(_WideString, _assign, void (C::*)(unsigned short int, Word))
+OVERLOAD(_WideString, _copy, void (C::*)(Text, char *, Word))
+MEMBER(toNobody, _DataString, _allocate, char * (C::*)(Word))
+MEMBER(toNobody, _DataString, _copy, void (C::*)(char const *, char *, Word))
+MEMBER(toNobody, _DataString, _toLongWord, Word (C::*)() const)
+OVERLOAD(_DataString, _assign, void (C::*)(Int))
+MEMBER(toDerived, _WideStringArray, getStringItem, _WideString * (C::*)(Word) const)
+MEMBER(toAll, _WideStringParser, nextPart, Int (C::*)(unsigned short int *, unsigned short int *))
+MEMBER(toAll, _WideStringParser, _uninitialize, void (C::*)())
+
+MEMBER(toDerived, _Array, set_count, void (C::*)(Word))
+MEMBER(toAll, _MutableArray, default_ctor_closure, void (C::*)())
+OVERLOAD(_MutableArray, insertAt, void (C::*)(Word, void *))
+OVERLOAD(_MutableArray, insertAt, void (C::*)(Word, _Array const &))
+MEMBER(toAll, _MutableArray, insertBefore, void (C::*)(void *, void *))
+MEMBER(toAll, _MutableArray, pack, void (C::*)())
+MEMBER(toDerived, _MutableArray, get_list, void ** (C::*)() const)
+MEMBER(toNobody, _MutableArray, set_list, void (C::*)(void **))
+MEMBER(toNobody, _MutableArray, _allocate, void ** (C::*)(Word, void **, Word))
+MEMBER(toNobody, _Stack, get_length, Word (C::*)() const)
+MEMBER(toNobody, _Stack, get_partSize, Word (C::*)() const)
+MEMBER(toNobody, _Stack, get_pointer, Word (C::*)() const)
+MEMBER(toAll, _Container, set_deleteAll, void (C::*)(bool))
+
+MEMBER(toNobody, _MutableDictionary, _sortItems, Int (C::*)(C::CompareProcedure, _DictionaryItem *) const)
+
+MEMBER(toNobody, _MutableDictionary, _quickSort, void (C::*)(C *, Int, Int, C::CompareProcedure))
+MEMBER(toNobody, _MutableDictionary, keyCompareProc, _MutableDictionary::CompareProcedure)
+MEMBER(toNobody, _MutableDictionary, valueCompareProc, _MutableDictionary::CompareProcedure)
+MEMBER(toNobody, _MutableDictionary, set_data, void (C::*)(_Container))
+MEMBER(toDerived, _MutableDictionary, _find, Int (C::*)(char const *, char const *) const)
+MEMBER(toDerived, _MutableDictionary, _findNoCase, Int (C::*)(char const *, char const *) const)
+MEMBER(toNobody, _DictionaryItem, _uninitialize, void (C::*)())
+
+MEMBER(toNobody, _HandleStream, get_handle, Int (C::*)() const)
+MEMBER(toNobody, _HandleStream, set_handle, void (C::*)(Int))
+MEMBER(toNobody, _MemoryStream, get_pointer, unsigned char * (C::*)() const)
+MEMBER(toNobody, _MemoryStream, get_size, Int (C::*)() const)
+MEMBER(toAll, _MemoryStream, set_size, void (C::*)(Int))
+MEMBER(toDerived, _MemoryStream, streamAlloc, unsigned char * (C::*)(Int))
+MEMBER(toDerived, _MemoryStream, streamUnalloc, void (C::*)(unsigned char const *))
+MEMBER(toDerived, _Reader, initBuffer, void (C::*)())
+MEMBER(toAll, _Persistant, _deepCopy, bool (C::*)(_Object const &))
+MEMBER(toAll, _Persistant, _isEqual, bool (C::*)(_Object const &))
+
+MEMBER(toDerived, _StringUtility, loadWideStringFromStream, bool (*)(_Stream *, _WideString *, Int, bool))
+MEMBER(toDerived, _StringUtility, loadDataStringFromStream, bool (*)(_Stream *, _DataString *, Int))
+MEMBER(toAll, UCS, scriptArray, void (*)(Int, unsigned short int &, unsigned short int &))
+
+MEMBER(toAll, DOM, getDescripton, _WideString (*)())
+MEMBER(toAll, DOM, isDOMQuote, bool (*)(unsigned short int))
+MEMBER(toNobody, DOM::_XMLNode, set_nodeType, void (C::*)(unsigned short int))
+MEMBER(toDerived, DOM::_XMLElement, addAttribute, DOM::_XMLAttribute * (C::*)(Text, Text))
+MEMBER(toDerived, DOM::_XMLElement, addAttributeNode, DOM::_XMLAttribute * (C::*)(DOM::_XMLAttribute const *))
+MEMBER(toNobody, DOM::_XMLElement, set_childElements, void (C::*)(_Container *))
+MEMBER(toNobody, DOM::_XMLElement, set_attributes, void (C::*)(DOM::_XMLNamedNodeMap *))
+MEMBER(toNobody, DOM::_XMLProcessingInstruction, set_attributes, void (C::*)(DOM::_XMLNamedNodeMap *))
+MEMBER(toAll, DOM::_XMLDocument, charsetCount, Word (*)())
+MEMBER(toDerived, DOM::_XMLDocument, createElement, DOM::_XMLElement * (C::*)(DOM::_XMLNode const *))
+MEMBER(toDerived, DOM::_XMLDocument, createAttribute, DOM::_XMLAttribute * (C::*)(DOM::_XMLNode const *))
+MEMBER(toDerived, DOM::_XMLDocument, createText, DOM::_XMLText * (C::*)(DOM::_XMLNode const *))
+MEMBER(toDerived, DOM::_XMLDocument, createCDATASection, DOM::_XMLCDATASection * (C::*)(DOM::_XMLNode const *))
+MEMBER(toDerived, DOM::_XMLDocument, createComment, DOM::_XMLComment * (C::*)(DOM::_XMLNode const *))
+MEMBER(toDerived, DOM::_XMLDocument, createProcessingInstruction, DOM::_XMLProcessingInstruction * (C::*)(DOM::_XMLNode const *))
+MEMBER(toNobody, DOM::_XMLDocument, set_childNodes, void (C::*)(_Container *))
+MEMBER(toNobody, DOM::_XMLDocument, addChildNode, DOM::_XMLNode * (C::*)(DOM::_XMLNode const *))
+MEMBER(toNobody, DOM::_XMLDocument, parse, Word (C::*)(_WideTagArray const *, Word &, DOM::_XMLElement *))
+MEMBER(toNobody, DOM::_XMLDocument, setProcessingInstructionAttribute, bool (C::*)(Text, Text))
+
+MEMBER(toDerived, COM::_IUnknown, free, COM::ComResult (C::*)())
+MEMBER(toDerived, COM::_IModuleFactory, resolveServerID, COM::ComResult (C::*)(COM::ComIdentifier, unsigned short int *&))
+
+MEMBER(toDerived, _Image, initialize, void (C::*)())
+MEMBER(toDerived, _Image, createImage, bool (C::*)(Int, Int, unsigned char))
+MEMBER(toDerived, _Image, destroyImage, bool (C::*)())
+MEMBER(toNobody, _Image, get_palette, Word * (C::*)() const)
+MEMBER(toNobody, _Image, set_palette, void (C::*)(Word *))
+MEMBER(toNobody, _Image, set_data, void (C::*)(unsigned char *))
+MEMBER(toNobody, _Image, set_width, void (C::*)(Int))
+// clang-format on
+
+// What stands in memory or in files as it is told, on a system with pointers of 64 bits.
+static_assert(sizeof(COM::ComIdentifier) == 18);
+static_assert(sizeof(_MemoryBlock::_MemoryPart) == 8 && sizeof(_MemoryBlock::_MemoryNode) <= 16);
+static_assert(sizeof(_WideString) == 16 && sizeof(_DataString) == 24 && sizeof(_WideTag) == 32);
+static_assert(sizeof(_Exception) == 32 && sizeof(_MemoryException) == 32);
+static_assert(sizeof(_Color) == 16 && sizeof(_Image) == 40);
+static_assert(sizeof(COM::_IUnknown) == 24 && sizeof(COM::_IModuleFactory) == 32);
+
+} // namespace
