@@ -2,17 +2,15 @@
 #include "ordinary_allocator.h"
 #include "stream_testing.h"
 #include "temporary_folder.h"
+#include "text_testing.h"
 
 #include <algorithm>
-#include <functional>
 #include <gtest/gtest.h>
 #include <map>
 #include <morvane/core/literals.h>
 #include <morvane/encodings/string_utility.h>
 #include <morvane/encodings/text_loading.h>
-#include <morvane/strings/data_string.h>
-#include <morvane/strings/text_view.h>
-#include <morvane/strings/wide_string.h>
+#include <morvane/encodings/utf8_codec.h>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,22 +22,43 @@ namespace {
 
 using Format = _StringUtility::StringFileFormat;
 
-std::u16string textOf(_WideString const & text) {
-    WideView const view = viewOf(text);
-    return {view.begin(), view.end()};
-}
-
-std::string textOf(_DataString const & text) {
-    DataView const view = viewOf(text);
-    return {view.begin(), view.end()};
-}
-
 /// What a load left behind; all of it is set to something before.
 struct Loaded {
+    bool fromStream(_Stream & stream) {
+        return _StringUtility::loadStringFromStream(stream, data, wide, format, error);
+    }
+    bool fromFile(FileName const & name) { return _StringUtility::loadStringFromFile(name, data, wide, format, error); }
+    bool fromBlock(unsigned char const * bytes, std::size_t size) {
+        return _StringUtility::loadStringFromBinary(bytes, static_cast<std::int32_t>(size), data, wide, format, error);
+    }
+
     _DataString data{"data"};
     _WideString wide{u"wide"_w};
     Format format = _StringUtility::formatISO8859_9;
     _StringUtility::StringUtilError error = _StringUtility::utilErrorConversion;
+};
+
+/// The three ways to load the same bytes.
+class Source {
+public:
+    static constexpr int ways = 3;
+
+    Source(TemporaryFolder const & folder, std::string const & bytes)
+        : name(folder.put("source", bytes)), stream(bytes), block(bytes.size() + 1) {
+        // At an odd address, and with nothing behind it that may be read.
+        std::copy(bytes.begin(), bytes.end(), block.begin() + 1);
+    }
+
+    bool load(Loaded & loaded, int way) {
+        stream.position = 0;
+        return way == 0   ? loaded.fromFile(name)
+               : way == 1 ? loaded.fromStream(stream)
+                          : loaded.fromBlock(block.data() + 1, block.size() - 1);
+    }
+
+    FileName name;
+    RecordingStream stream;
+    std::vector<unsigned char> block;
 };
 
 struct LoadCase {
@@ -57,10 +76,7 @@ LoadCase const loadCases[] = {
     {std::string("\xFE\xFF\0\x41\x20\xAC", 6), _StringUtility::formatUnicodeBigEndian, std::nullopt, u"A\u20AC"},
     {"\xEF\xBB\xBF", _StringUtility::formatUTF8, "", std::nullopt},
     {"\xEF\xBB\xBF\xC3\xA9\xFF", _StringUtility::formatUTF8, "\xC3\xA9\xFF", std::nullopt},
-    {std::string("\xEF\xBB\xBF"
-                 "a\0b",
-                 6),
-     _StringUtility::formatUTF8, "a", std::nullopt},
+    {std::string("\xEF\xBB\xBFz\0z", 6), _StringUtility::formatUTF8, "z", std::nullopt},
     {"\xEF\xBB\x41", _StringUtility::formatUnknown, "\xEF\xBB\x41", u"\xBBEF"},
     {"\xFF\xFF\xFE", _StringUtility::formatUnknown, "\xFF\xFF\xFE", u"\xFFFF"},
     {"text", _StringUtility::formatUnknown, "text", u"\x6574\x7478"},
@@ -68,42 +84,19 @@ LoadCase const loadCases[] = {
     {std::string("\0\0\0", 3), _StringUtility::formatUnknown, "", u""},
 };
 
-void expectLoaded(LoadCase const & row, Loaded const & loaded, bool result) {
-    EXPECT_TRUE(result);
-    EXPECT_EQ(loaded.error, _StringUtility::utilErrorNone);
-    EXPECT_EQ(loaded.format, row.format);
-    EXPECT_EQ(textOf(loaded.data), row.data.value_or("data"));
-    EXPECT_EQ(textOf(loaded.wide), row.wide.value_or(u"wide"));
-    EXPECT_EQ(loaded.wide.get_size(), (loaded.wide.get_length() + 1) * 2);
-}
-
 TEST(TextFiles, LoadTellsTheMarkAndTheReadings) {
     TemporaryFolder const folder;
     for (LoadCase const & row : loadCases) {
-        SCOPED_TRACE(testing::PrintToString(row.bytes));
-        {
+        Source source(folder, row.bytes);
+        for (int way = 0; way < Source::ways; ++way) {
+            SCOPED_TRACE(testing::PrintToString(row.bytes) + std::to_string(way));
             Loaded loaded;
-            FileName const name = folder.put("text", row.bytes);
-            expectLoaded(
-                row, loaded,
-                _StringUtility::loadStringFromFile(name, loaded.data, loaded.wide, loaded.format, loaded.error));
-        }
-        {
-            Loaded loaded;
-            // At an odd address, and with nothing behind it that may be read.
-            std::vector<unsigned char> block(row.bytes.size() + 1);
-            std::copy(row.bytes.begin(), row.bytes.end(), block.begin() + 1);
-            expectLoaded(row, loaded,
-                         _StringUtility::loadStringFromBinary(block.data() + 1,
-                                                              static_cast<std::int32_t>(row.bytes.size()), loaded.data,
-                                                              loaded.wide, loaded.format, loaded.error));
-        }
-        {
-            Loaded loaded;
-            RecordingStream stream(row.bytes);
-            expectLoaded(
-                row, loaded,
-                _StringUtility::loadStringFromStream(stream, loaded.data, loaded.wide, loaded.format, loaded.error));
+            EXPECT_TRUE(source.load(loaded, way));
+            EXPECT_EQ(loaded.error, _StringUtility::utilErrorNone);
+            EXPECT_EQ(loaded.format, row.format);
+            EXPECT_EQ(textOf(loaded.data), row.data.value_or("data"));
+            EXPECT_EQ(textOf(loaded.wide), row.wide.value_or(u"wide"));
+            EXPECT_EQ(loaded.wide.get_size(), (loaded.wide.get_length() + 1) * 2);
         }
     }
 }
@@ -120,8 +113,7 @@ TEST(TextFiles, ClientStreamsSeeTheSameCalls) {
     for (auto const & row : cases) {
         Loaded loaded;
         RecordingStream stream(row.bytes);
-        EXPECT_TRUE(
-            _StringUtility::loadStringFromStream(stream, loaded.data, loaded.wide, loaded.format, loaded.error));
+        EXPECT_TRUE(loaded.fromStream(stream));
         EXPECT_EQ(stream.calls(), row.calls);
     }
 }
@@ -129,32 +121,18 @@ TEST(TextFiles, ClientStreamsSeeTheSameCalls) {
 TEST(TextFiles, ShortSourcesFailAsTheirStreamDoes) {
     TemporaryFolder const folder;
     for (std::string const & bytes : {std::string(), std::string("a"), std::string("\xFF\xFE")}) {
-        auto expectFailure = [](auto const & load) {
+        Source source(folder, bytes);
+        for (int way = 0; way < Source::ways; ++way) {
             Loaded loaded;
-            EXPECT_TRUE(fails([&] { load(loaded); }));
+            EXPECT_TRUE(fails([&] { source.load(loaded, way); }));
             EXPECT_EQ(loaded.format, _StringUtility::formatASCII);
             EXPECT_EQ(loaded.error, _StringUtility::utilErrorConversion);
             EXPECT_EQ(textOf(loaded.data), "data");
             EXPECT_EQ(textOf(loaded.wide), u"wide");
-        };
-        expectFailure([&](Loaded & loaded) {
-            _StringUtility::loadStringFromFile(folder.put("short", bytes), loaded.data, loaded.wide, loaded.format,
-                                               loaded.error);
-        });
-        expectFailure([&](Loaded & loaded) {
-            _StringUtility::loadStringFromBinary(reinterpret_cast<unsigned char const *>(bytes.data()),
-                                                 static_cast<std::int32_t>(bytes.size()), loaded.data, loaded.wide,
-                                                 loaded.format, loaded.error);
-        });
-        expectFailure([&](Loaded & loaded) {
-            RecordingStream stream(bytes);
-            _StringUtility::loadStringFromStream(stream, loaded.data, loaded.wide, loaded.format, loaded.error);
-        });
+        }
     }
     Loaded loaded;
-    EXPECT_TRUE(fails([&] {
-        _StringUtility::loadStringFromBinary(nullptr, 9, loaded.data, loaded.wide, loaded.format, loaded.error);
-    }));
+    EXPECT_TRUE(fails([&] { loaded.fromBlock(nullptr, 9); }));
 }
 
 /// Reads well so many times, then comes up short.
@@ -171,29 +149,37 @@ private:
 };
 
 TEST(TextFiles, StreamsThatBreakOffLeaveWhatCameBefore) {
+    long const liveAtFirst = ordinary_allocator::liveBlocks;
+    for (std::string const start : {"\xFF\xFE", "\xEF\xBB\xBF", "no"}) {
+        counting_heap::LeakCheck const leaks;
+        Loaded loaded;
+        BreakingStream stream(start + "plain", 1);
+        EXPECT_TRUE(fails([&] { loaded.fromStream(stream); }));
+        EXPECT_EQ(textOf(loaded.data), "data");
+        EXPECT_EQ(textOf(loaded.wide), u"wide");
+    }
+    EXPECT_EQ(ordinary_allocator::liveBlocks, liveAtFirst);
+
     Loaded loaded;
     BreakingStream stream("plain", 2); // the third read is the one of the wide text
-    EXPECT_TRUE(fails(
-        [&] { _StringUtility::loadStringFromStream(stream, loaded.data, loaded.wide, loaded.format, loaded.error); }));
+    EXPECT_TRUE(fails([&] { loaded.fromStream(stream); }));
     EXPECT_EQ(loaded.format, _StringUtility::formatUnknown);
     EXPECT_EQ(textOf(loaded.data), "plain");
     EXPECT_EQ(textOf(loaded.wide), u"wide");
     EXPECT_EQ(loaded.error, _StringUtility::utilErrorConversion);
 
     // A stream that cannot tell its size reads as a negative count, which no stream moves.
-    Loaded other;
     RecordingStream unsized("\xFF\xFEplain");
     unsized.seekable = false;
-    EXPECT_TRUE(fails(
-        [&] { _StringUtility::loadStringFromStream(unsized, other.data, other.wide, other.format, other.error); }));
-    EXPECT_EQ(other.format, _StringUtility::formatUnicode);
+    EXPECT_TRUE(fails([&] { loaded.fromStream(unsized); }));
+    EXPECT_EQ(loaded.format, _StringUtility::formatUnicode);
 }
 
 TEST(TextFiles, MissingFilesAreTold) {
     TemporaryFolder const folder;
     FileName const name = folder.name("missing");
     Loaded loaded;
-    EXPECT_FALSE(_StringUtility::loadStringFromFile(name, loaded.data, loaded.wide, loaded.format, loaded.error));
+    EXPECT_FALSE(loaded.fromFile(name));
     EXPECT_EQ(loaded.error, _StringUtility::utilErrorFileNotFound);
     EXPECT_EQ(loaded.format, _StringUtility::formatISO8859_9);
     EXPECT_EQ(_StringUtility::loadDataStringFromFile(name, loaded.data), _StringUtility::utilErrorFileNotFound);
@@ -272,111 +258,62 @@ TEST(TextFiles, SavesOfEmptyAndNullTexts) {
 TEST(TextFiles, LongTextsComeBack) {
     TemporaryFolder const folder;
     FileName const name = folder.name("text");
-    std::vector<unsigned short int> units;
+    std::u16string units;
     for (unsigned unit = 0; unit < 100000; ++unit) {
-        units.push_back(static_cast<unsigned short int>(1 + unit % 0xFFFF));
+        units += static_cast<char16_t>(1 + unit % 0xFFFF);
     }
-    units.push_back(0);
-    _WideString const text(units.data());
+    _WideString const text = wideText(units);
     for (Format const format : {_StringUtility::formatUnicode, _StringUtility::formatUnicodeBigEndian}) {
         Loaded loaded;
         EXPECT_TRUE(_StringUtility::saveWideStringToFile(name, text, format));
-        EXPECT_TRUE(_StringUtility::loadStringFromFile(name, loaded.data, loaded.wide, loaded.format, loaded.error));
+        EXPECT_TRUE(loaded.fromFile(name));
         EXPECT_EQ(loaded.format, format);
         EXPECT_EQ(loaded.wide.compareStr(text), 0);
     }
-
-    // Encoded piece by piece, the file is the one of a save at once.
-    std::int32_t bytes = 0;
-    _StringUtility::convertWideStringToUTF8String(text, nullptr, bytes);
-    std::string encoded(static_cast<std::size_t>(bytes), '#');
-    _StringUtility::convertWideStringToUTF8String(text, encoded.data(), bytes);
-    for (std::size_t const length : {std::size_t{0}, std::size_t{0x4000}, units.size() - 1, units.size()}) {
-        saveUtf8File(name, {units.data(), length});
-        std::int32_t part = 0;
-        std::vector<unsigned short int> piece(units.begin(), units.begin() + static_cast<std::ptrdiff_t>(length));
-        piece.push_back(0);
-        _StringUtility::convertWideStringToUTF8String(piece.data(), nullptr, part);
-        EXPECT_EQ(folder.get("text"), "\xEF\xBB\xBF" + encoded.substr(0, static_cast<std::size_t>(part)));
+    // Encoded piece by piece, the file is the one of a save at once; the closing zero ends the text.
+    for (std::size_t const length : {std::size_t{0}, std::size_t{0x4000}, units.size(), units.size() + 1}) {
+        _DataString encoded;
+        utf8::encodeTo(viewOf(text).first(std::min(length, units.size())), encoded);
+        saveUtf8File(name, {text.arg(), length});
+        EXPECT_EQ(folder.get("text"), "\xEF\xBB\xBF" + textOf(encoded));
     }
 }
 
-TEST(TextFiles, ReadingsOfABlockInsideTheResults) {
+TEST(TextFiles, ABlockMayLieInTheResults) {
     Loaded loaded;
     loaded.data = "plain text";
-    auto const * bytes = reinterpret_cast<unsigned char const *>(loaded.data.get_data());
-    EXPECT_TRUE(_StringUtility::loadStringFromBinary(bytes, 10, loaded.data, loaded.wide, loaded.format, loaded.error));
-    EXPECT_EQ(textOf(loaded.data), "plain text");
-    EXPECT_EQ(textOf(loaded.wide), u"\x6C70\x6961\x206E\x6574\x7478");
-    bytes = reinterpret_cast<unsigned char const *>(loaded.wide.get_data());
-    EXPECT_TRUE(_StringUtility::loadStringFromBinary(bytes, 10, loaded.data, loaded.wide, loaded.format, loaded.error));
-    EXPECT_EQ(textOf(loaded.data), "plain text");
+    for (void * const bytes : {static_cast<void *>(loaded.data.get_data()), static_cast<void *>(nullptr)}) {
+        void * const block = bytes != nullptr ? bytes : loaded.wide.get_data();
+        EXPECT_TRUE(loaded.fromBlock(static_cast<unsigned char const *>(block), 10));
+        EXPECT_EQ(textOf(loaded.data), "plain text");
+        EXPECT_EQ(textOf(loaded.wide), u"\x6C70\x6961\x206E\x6574\x7478");
+    }
 }
 
 TEST(TextFiles, TextsThatAHeapRefusesFailTheLoad) {
     TemporaryFolder const folder;
-    std::string const sources[] = {"\xFF\xFE" + std::string(300, 'u'), "\xEF\xBB\xBF" + std::string(300, 'd'),
-                                   std::string(300, 'b'), std::string(200, 'b') + '\0' + std::string(99, 'b')};
-    for (std::string const & bytes : sources) {
-        FileName const name = folder.put("text", bytes);
-        RecordingStream stream(bytes);
-        std::function<bool(Loaded &)> const ways[] = {
-            [&](Loaded & loaded) {
-                return _StringUtility::loadStringFromFile(name, loaded.data, loaded.wide, loaded.format, loaded.error);
-            },
-            [&](Loaded & loaded) {
-                return _StringUtility::loadStringFromBinary(reinterpret_cast<unsigned char const *>(bytes.data()),
-                                                            static_cast<std::int32_t>(bytes.size()), loaded.data,
-                                                            loaded.wide, loaded.format, loaded.error);
-            },
-            [&](Loaded & loaded) {
-                stream.position = 0;
-                return _StringUtility::loadStringFromStream(stream, loaded.data, loaded.wide, loaded.format,
-                                                            loaded.error);
-            },
-        };
-        for (auto const & load : ways) {
-            for (bool const isProcessHeap : {true, false}) {
-                long const liveAtFirst = ordinary_allocator::liveBlocks;
-                bool isLoaded = false;
-                for (long served = 0; !isLoaded; ++served) {
-                    ASSERT_LT(served, 10);
-                    counting_heap::LeakCheck const leaks;
-                    Loaded loaded;
-                    if (isProcessHeap) {
-                        counting_heap::refuseAfter(served);
-                    } else {
-                        ordinary_allocator::servedBeforeRefusal = served;
-                    }
-                    isLoaded = load(loaded);
-                    counting_heap::serveAll();
-                    ordinary_allocator::servedBeforeRefusal = -1;
-                    EXPECT_EQ(loaded.error,
-                              isLoaded ? _StringUtility::utilErrorNone : _StringUtility::utilErrorConversion);
-                    EXPECT_TRUE(!isLoaded || (loaded.data.get_data() != nullptr && loaded.wide.get_data() != nullptr));
-                }
-                stream.calls();
-                EXPECT_EQ(ordinary_allocator::liveBlocks, liveAtFirst);
-            }
-        }
-    }
-}
-
-TEST(TextFiles, FailuresLeaveNothingBehind) {
-    long const liveAtFirst = ordinary_allocator::liveBlocks;
-    {
-        counting_heap::LeakCheck const leaks;
-        for (int reads = 1; reads <= 2; ++reads) {
-            for (char const * const start : {"\xFF\xFE", "\xEF\xBB\xBF", ""}) {
+    for (std::string const & bytes : {"\xFF\xFE" + std::string(300, 'u'), "\xEF\xBB\xBF" + std::string(300, 'd'),
+                                      std::string(300, 'b'), std::string(200, 'b') + '\0' + std::string(99, 'b')}) {
+        Source source(folder, bytes);
+        for (int round = 0; round < 2 * Source::ways; ++round) {
+            long const liveAtFirst = ordinary_allocator::liveBlocks;
+            bool isLoaded = false;
+            for (long served = 0; !isLoaded; ++served) {
+                ASSERT_LT(served, 10);
+                counting_heap::LeakCheck const leaks;
                 Loaded loaded;
-                BreakingStream stream(start + std::string(300, 'x'), reads);
-                fails([&] {
-                    _StringUtility::loadStringFromStream(stream, loaded.data, loaded.wide, loaded.format, loaded.error);
-                });
+                round % 2 == 0 ? counting_heap::refuseAfter(served)
+                               : void(ordinary_allocator::servedBeforeRefusal = served);
+                isLoaded = source.load(loaded, round / 2);
+                counting_heap::serveAll();
+                ordinary_allocator::servedBeforeRefusal = -1;
+                EXPECT_EQ(loaded.error, isLoaded ? _StringUtility::utilErrorNone : _StringUtility::utilErrorConversion);
+                EXPECT_TRUE(!isLoaded || (loaded.data.get_data() != nullptr && loaded.wide.get_data() != nullptr));
             }
+            source.stream.calls();
+            EXPECT_EQ(ordinary_allocator::liveBlocks, liveAtFirst);
         }
     }
-    EXPECT_EQ(ordinary_allocator::liveBlocks, liveAtFirst);
 }
 
 } // namespace

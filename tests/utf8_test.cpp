@@ -1,3 +1,5 @@
+#include "text_testing.h"
+
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <memory>
@@ -5,7 +7,6 @@
 #include <morvane/encodings/string_utility.h>
 #include <morvane/encodings/utf8_codec.h>
 #include <morvane/encodings/utf8_kernels.h>
-#include <morvane/strings/text_view.h>
 #include <random>
 #include <string>
 #include <vector>
@@ -140,26 +141,9 @@ TEST(Utf8, FastFormsAgreeWithTheSlowOneOnRandomText) {
 }
 
 TEST(Utf8, SequencesReadTheSameAcrossEveryBlockEdge) {
-    std::string const pieces[] = {
-        "\xC3\xA9",
-        "\xE2\x82\xAC",
-        "\xC3",
-        "\xE2",
-        "\xE2\x82",
-        "\x80",
-        "\xF0\x9F\x98\x80",
-        "\xC0\x80",
-        "\xE0\x80\x80",
-        "\xC3"
-        "A",
-        "\xE2"
-        "AB",
-        "\xE2\x82"
-        "A",
-        "\xC3\xC3\xA9",
-        "\xEF\xBF\xBF",
-        "\xC0\x40\xFF",
-    };
+    std::string const pieces[] = {"\xC3\xA9", "\xE2\x82\xAC",     "\xC3",         "\xE2",         "\xE2\x82",
+                                  "\x80",     "\xF0\x9F\x98\x80", "\xC0\x80",     "\xE0\x80\x80", "\xC3Z",
+                                  "\xE2ZZ",   "\xE2\x82Z",        "\xC3\xC3\xA9", "\xEF\xBF\xBF", "\xC0\x40\xFF"};
     std::string const fillers[] = {"a", "\xD0\x96", "\xE4\xB8\xAD"};
     for (std::string const & piece : pieces) {
         for (std::string const & filler : fillers) {
@@ -216,7 +200,7 @@ TEST(Utf8, BadSequencesTellTheirStoryAndKeepWhatCameBefore) {
             EXPECT_EQ(_StringUtility::convertUTF8StringToWideString(row.source, isCounting ? nullptr : target.data(),
                                                                     message, count),
                       _StringUtility::utilErrorConversion);
-            EXPECT_EQ(message.compare(row.message), 0) << static_cast<char const *>(message.toDataString());
+            EXPECT_EQ(textOf(message), textOf(row.message));
             ASSERT_EQ(count, static_cast<std::int32_t>(row.units.size()));
             Units expected = isCounting ? Units() : row.units;
             expected.resize(8, untouched);
@@ -225,59 +209,42 @@ TEST(Utf8, BadSequencesTellTheirStoryAndKeepWhatCameBefore) {
     }
 }
 
-TEST(Utf8, ReadsLenientlyAndUnitByUnit) {
+TEST(Utf8, ReadsLenientlyAndWritesTheShortestForm) {
     struct {
-        char const * source;
+        std::string bytes;
         Units units;
-    } const cases[] = {
-        {"", {}},
-        {"\xC0\x80", {0}},
-        {"\xC1\xBF\xE0\x80\x8A", {0x7F, 0x0A}},
-        {"\xC3"
-         "A",
-         {0xC1}},
-        {"\xE2"
-         "AB",
-         {0x2042}},
-        {"\xED\xA0\xBD\xED\xB8\x80", {0xD83D, 0xDE00}},
-        {"\xEF\xBF\xBF", {0xFFFF}},
-    };
+        bool isShortest;
+    } const cases[] = {{"", {}, true},
+                       {"\x7F\xC2\x80", {0x7F, 0x80}, true},
+                       {"\xDF\xBF\xE0\xA0\x80", {0x7FF, 0x800}, true},
+                       {"\xED\xA0\xBD\xED\xB8\x80", {0xD83D, 0xDE00}, true},
+                       {"\xEF\xBF\xBF", {0xFFFF}, true},
+                       {"\xC0\x80", {0}, false},
+                       {"\xC1\xBF\xE0\x80\x8A", {0x7F, 0x0A}, false},
+                       {"\xC3Z\xE2ZZ", {0xDA, 0x269A}, false}};
     for (auto const & row : cases) {
-        Units target(row.units.size() + 1, untouched);
-        _WideString message(u"before"_w);
-        std::int32_t counted = -7;
-        std::int32_t filled = -7;
-        EXPECT_EQ(_StringUtility::convertUTF8StringToWideString(row.source, nullptr, message, counted), 0);
-        EXPECT_EQ(_StringUtility::convertUTF8StringToWideString(row.source, target.data(), message, filled), 0);
-        EXPECT_EQ(counted, static_cast<std::int32_t>(row.units.size()));
-        EXPECT_EQ(filled, counted);
+        auto const length = static_cast<std::int32_t>(row.units.size());
         Units expected = row.units;
         expected.push_back(untouched);
+        Units target(expected.size(), untouched);
+        _WideString message(u"before"_w);
+        std::int32_t count = -7;
+        EXPECT_EQ(_StringUtility::convertUTF8StringToWideString(row.bytes.c_str(), nullptr, message, count), 0);
+        EXPECT_EQ(count, length);
+        EXPECT_EQ(_StringUtility::convertUTF8StringToWideString(row.bytes.c_str(), target.data(), message, count), 0);
+        EXPECT_EQ(count, length);
         EXPECT_EQ(target, expected);
-        EXPECT_EQ(message.compare(u"before"_w), 0);
-    }
-}
-
-TEST(Utf8, WritesTheShortestForm) {
-    struct {
-        unsigned short int const * source;
-        std::string bytes;
-    } const cases[] = {
-        {u""_w, ""},
-        {u"\x7F\x80"_w, "\x7F\xC2\x80"},
-        {u"\u07FF\u0800"_w, "\xDF\xBF\xE0\xA0\x80"},
-        {u"\U0001F600"_w, "\xED\xA0\xBD\xED\xB8\x80"},
-        {u"\uFFFF"_w, "\xEF\xBF\xBF"},
-    };
-    for (auto const & row : cases) {
-        std::string target(row.bytes.size() + 1, '#');
-        std::int32_t counted = -7;
-        std::int32_t filled = -7;
-        EXPECT_TRUE(_StringUtility::convertWideStringToUTF8String(row.source, nullptr, counted));
-        EXPECT_TRUE(_StringUtility::convertWideStringToUTF8String(row.source, target.data(), filled));
-        EXPECT_EQ(counted, static_cast<std::int32_t>(row.bytes.size()));
-        EXPECT_EQ(filled, counted);
-        EXPECT_EQ(target, row.bytes + '#');
+        EXPECT_EQ(message.compare("before"), 0);
+        if (!row.isShortest) {
+            continue;
+        }
+        expected.back() = 0;
+        std::string bytes(row.bytes.size() + 1, '#');
+        for (char * const buffer : {static_cast<char *>(nullptr), bytes.data()}) {
+            EXPECT_TRUE(_StringUtility::convertWideStringToUTF8String(expected.data(), buffer, count));
+            EXPECT_EQ(count, static_cast<std::int32_t>(row.bytes.size()));
+        }
+        EXPECT_EQ(bytes, row.bytes + '#');
     }
 }
 
@@ -286,23 +253,22 @@ TEST(Utf8, NullSources) {
     std::int32_t count = -7;
     EXPECT_EQ(_StringUtility::convertUTF8StringToWideString(nullptr, nullptr, message, count),
               _StringUtility::utilErrorBadInput);
-    EXPECT_EQ(message.compare(u"bad input string"_w), 0);
+    EXPECT_EQ(message.compare("bad input string"), 0);
     EXPECT_FALSE(_StringUtility::convertWideStringToUTF8String(nullptr, nullptr, count));
     EXPECT_EQ(count, -7);
-    _WideString result(u"before"_w);
-    EXPECT_EQ(_StringUtility::convertUTF16StringToWideString(nullptr, result), _StringUtility::utilErrorNone);
-    EXPECT_TRUE(result.isEmpty());
-    result = u"before"_w;
-    EXPECT_TRUE(_StringUtility::convertWideStringToUTF16String(nullptr, result));
-    EXPECT_TRUE(result.isEmpty());
 }
 
 TEST(Utf8, Utf16IsCopied) {
-    _WideString result;
-    EXPECT_EQ(_StringUtility::convertUTF16StringToWideString(u"a\xD800"_w, result), _StringUtility::utilErrorNone);
-    EXPECT_EQ(result.compare(u"a\xD800"_w), 0);
-    EXPECT_TRUE(_StringUtility::convertWideStringToUTF16String(u"b\xDC00"_w, result));
-    EXPECT_EQ(result.compare(u"b\xDC00"_w), 0);
+    for (unsigned short int const * const source :
+         {u"a\xD800"_w, u""_w, static_cast<unsigned short int const *>(nullptr)}) {
+        _WideString results[] = {u"before"_w, u"before"_w};
+        EXPECT_EQ(_StringUtility::convertUTF16StringToWideString(source, results[0]), _StringUtility::utilErrorNone);
+        EXPECT_TRUE(_StringUtility::convertWideStringToUTF16String(source, results[1]));
+        for (_WideString const & result : results) {
+            EXPECT_EQ(textOf(result), textOf(source));
+            EXPECT_NE(result.get_data(), nullptr);
+        }
+    }
 }
 
 TEST(Utf8, TextsAreMadeAtExactSize) {
