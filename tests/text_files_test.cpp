@@ -175,6 +175,22 @@ TEST(TextFiles, StreamsThatBreakOffLeaveWhatCameBefore) {
     EXPECT_EQ(loaded.format, _StringUtility::formatUnicode);
 }
 
+TEST(TextFiles, FilesThatTellNoSizeAreProbedFirst) {
+    struct SizelessStream : RecordingStream {
+        using RecordingStream::RecordingStream;
+        std::int32_t seek(std::int32_t offset, SeekOrigin origin) override {
+            return origin == seekEnd ? 0 : RecordingStream::seek(offset, origin);
+        }
+    };
+    LoadedText loaded;
+    SizelessStream plain("plain");
+    EXPECT_TRUE(loadText(plain, loaded));
+    EXPECT_EQ(loaded.text.format, _StringUtility::formatUnknown);
+    EXPECT_EQ(loaded.text.body.length, 0U);
+    SizelessStream marked("\xEF\xBB\xBFplain");
+    EXPECT_TRUE(fails([&] { loadText(marked, loaded); }));
+}
+
 TEST(TextFiles, MissingFilesAreTold) {
     TemporaryFolder const folder;
     FileName const name = folder.name("missing");
