@@ -28,8 +28,7 @@ struct CLibrary {
 
 class Random {
 public:
-    std::uint32_t next()
-    {
+    std::uint32_t next() {
         state ^= state << 13;
         state ^= state >> 7;
         state ^= state << 17;
@@ -41,8 +40,7 @@ private:
 };
 
 /// 16 to 64 bytes, as texts and nodes have.
-std::vector<std::uint16_t> blockSizes(std::size_t count)
-{
+std::vector<std::uint16_t> blockSizes(std::size_t count) {
     Random random;
     std::vector<std::uint16_t> sizes(count);
     for (std::uint16_t & size : sizes) {
@@ -51,14 +49,12 @@ std::vector<std::uint16_t> blockSizes(std::size_t count)
     return sizes;
 }
 
-void touch(void * block)
-{
+void touch(void * block) {
     *static_cast<char volatile *>(block) = 1;
 }
 
 template <typename Heap>
-void pair(benchmark::State & state)
-{
+void pair(benchmark::State & state) {
     auto const bytes = static_cast<std::size_t>(state.range(0));
     for (auto _ : state) {
         void * block = Heap::allocate(bytes);
@@ -68,8 +64,7 @@ void pair(benchmark::State & state)
 }
 
 template <typename Heap>
-void zeroedPair(benchmark::State & state)
-{
+void zeroedPair(benchmark::State & state) {
     auto const bytes = static_cast<std::size_t>(state.range(0));
     for (auto _ : state) {
         void * block = Heap::allocateZeroed(bytes);
@@ -79,8 +74,7 @@ void zeroedPair(benchmark::State & state)
 }
 
 template <typename Heap, bool reversed>
-void batch(benchmark::State & state)
-{
+void batch(benchmark::State & state) {
     auto const live = static_cast<std::size_t>(state.range(0));
     std::vector<std::uint16_t> const sizes = blockSizes(live);
     std::vector<void *> blocks(live);
@@ -97,20 +91,17 @@ void batch(benchmark::State & state)
 }
 
 template <typename Heap>
-void fifo(benchmark::State & state)
-{
+void fifo(benchmark::State & state) {
     batch<Heap, false>(state);
 }
 
 template <typename Heap>
-void lifo(benchmark::State & state)
-{
+void lifo(benchmark::State & state) {
     batch<Heap, true>(state);
 }
 
 template <typename Heap>
-void random(benchmark::State & state)
-{
+void random(benchmark::State & state) {
     auto const live = static_cast<std::size_t>(state.range(0));
     std::vector<std::uint16_t> const sizes = blockSizes(live);
     std::vector<void *> blocks(live);
@@ -132,8 +123,7 @@ void random(benchmark::State & state)
 
 /// A set whose blocks go in random order, as those of a tree that was changed much, and the set made anew.
 template <typename Heap>
-void shuffled(benchmark::State & state)
-{
+void shuffled(benchmark::State & state) {
     auto const live = static_cast<std::size_t>(state.range(0));
     std::vector<std::uint16_t> const sizes = blockSizes(live);
     std::vector<std::uint32_t> order(live);

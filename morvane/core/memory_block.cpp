@@ -30,6 +30,11 @@ char * bytesOf(void * pointer) {
     return static_cast<char *>(pointer);
 }
 
+/// Counts one more unit. The lock keeps other writers out; readers take none.
+void count(std::atomic<std::uint32_t> & units) {
+    units.store(units.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+}
+
 std::uint16_t loadIndex(void const * entry) {
     std::uint16_t index = 0;
     std::memcpy(&index, entry, sizeof(index));
@@ -42,11 +47,57 @@ void storeIndex(void * entry, std::uint16_t index) {
 
 } // namespace
 
+inline void * _MemoryBlock::takeUnit(_MemoryNode * node, bool zeroFill) {
+    if (node == nullptr || node->freeCount == 0) {
+        return nullptr;
+    }
+    if (--node->freeCount == 0 && chain != nullptr) [[unlikely]] {
+        chain->noteFull(node);
+    }
+    std::uint16_t const index = loadIndex(getStack(node) + node->freeCount);
+    void * const pointer = memoryPartToPointer(getPart(node, index));
+    if (zeroFill) {
+        std::memset(pointer, 0, unitSize);
+    }
+    count(allocationCount);
+    return pointer;
+}
+
+inline void _MemoryBlock::giveUnitBack(_MemoryPart * part, _MemoryNode * node) {
+    if (node == nullptr || part == nullptr || node->freeCount >= unitCount) {
+        return;
+    }
+    // A header that was overwritten must not bring an index outside the node onto the stack.
+    std::uint16_t const index = loadIndex(part);
+    if (index >= unitCount) {
+        return;
+    }
+    storeIndex(getStack(node) + node->freeCount, index);
+    if (++node->freeCount == 1 && chain != nullptr) [[unlikely]] {
+        chain->noteOpen(node);
+    }
+    count(unallocationCount);
+}
+
+_MemoryBlock::_MemoryNode * _MemoryBlock::addNode() {
+    _MemoryNode * const node = createNode();
+    if (node != nullptr) {
+        fillStack(node);
+        fillData(node);
+        if (chain->firstNode() == nullptr) {
+            chain->setFirst(node);
+        } else {
+            insert(node);
+        }
+    }
+    return node;
+}
+
 _MemoryBlock::_MemoryBlock(std::uint16_t size, std::uint32_t count)
     : allocationCount(0), unallocationCount(0), unitSize(size), unitCount(count), chain(MemoryChain::create()) {}
 
 _MemoryBlock::_MemoryBlock(_MemoryBlock const & other)
-    : allocationCount(other.allocationCount), unallocationCount(other.unallocationCount), unitSize(other.unitSize),
+    : allocationCount(other.get_allocationCount()), unallocationCount(other.get_unallocationCount()), unitSize(other.unitSize),
       unitCount(other.unitCount), chain(shareChain(other)) {}
 
 _MemoryBlock::~_MemoryBlock() {
@@ -60,8 +111,8 @@ _MemoryBlock & _MemoryBlock::operator=(_MemoryBlock const & other) {
     MemoryChain * const shared = shareChain(other);
     leaveChain();
     chain = shared;
-    allocationCount = other.allocationCount;
-    unallocationCount = other.unallocationCount;
+    set_allocationCount(other.get_allocationCount());
+    set_unallocationCount(other.get_unallocationCount());
     unitSize = other.unitSize;
     unitCount = other.unitCount;
     return *this;
@@ -72,24 +123,11 @@ void * _MemoryBlock::allocate(bool zeroFill) {
         return nullptr;
     }
     CriticalSectionGuard const guard(chain->protect);
-    _MemoryNode * node = chain->first;
-    while (node != nullptr && isFull(node)) {
-        node = node->next;
+    _MemoryNode * node = chain->findOpen(nodeSize());
+    if (node == nullptr) [[unlikely]] {
+        node = addNode();
     }
-    if (node == nullptr) {
-        node = createNode();
-        if (node == nullptr) {
-            return nullptr;
-        }
-        fillStack(node);
-        fillData(node);
-        if (chain->first == nullptr) {
-            chain->first = node;
-        } else {
-            insert(node);
-        }
-    }
-    return createPointer(node, zeroFill);
+    return takeUnit(node, zeroFill);
 }
 
 void _MemoryBlock::unallocate(void * pointer) {
@@ -101,16 +139,12 @@ void _MemoryBlock::unallocatePart(_MemoryPart * part) {
         return;
     }
     CriticalSectionGuard const guard(chain->protect);
-    auto const address = reinterpret_cast<std::uintptr_t>(part);
-    _MemoryNode * node = chain->first;
-    while (node != nullptr && address - reinterpret_cast<std::uintptr_t>(node) - headSize() > dataSize()) {
-        node = node->next;
-    }
+    _MemoryNode * const node = chain->findHolder(part, {headSize(), dataSize(), nodeSize()});
     if (node == nullptr) {
         return;
     }
-    destroyPart(part, node);
-    if (isEmpty(node) && node != chain->first) {
+    giveUnitBack(part, node);
+    if (node->freeCount == unitCount && node != chain->firstNode()) [[unlikely]] {
         remove(node);
         destroyNode(node);
     }
@@ -135,9 +169,9 @@ void _MemoryBlock::traceConsole() const {
     putText("unitSize:");
     putNumber(unitSize);
     putText(" [allocCount:");
-    putNumber(allocationCount);
+    putNumber(get_allocationCount());
     putText(", unallocCount:");
-    putNumber(unallocationCount);
+    putNumber(get_unallocationCount());
     putText("]\r\n");
     *end = 0;
     morvane::platform::debugOutput(line);
@@ -152,14 +186,11 @@ _MemoryBlock::_MemoryPart * _MemoryBlock::pointerToMemoryPart(void * pointer) {
 }
 
 void _MemoryBlock::set_allocationCount(std::uint32_t count) {
-    allocationCount = count;
+    allocationCount.store(count, std::memory_order_relaxed);
 }
 
 void _MemoryBlock::set_first(_MemoryNode * node) {
-    if (chain != nullptr && chain->first == node) {
-        return;
-    }
-    if (chain != nullptr && chain->sharers.load(std::memory_order_acquire) > 1) {
+    if (chain != nullptr && chain->firstNode() != node && chain->sharers.load(std::memory_order_acquire) > 1) {
         leaveChain();
         chain = nullptr;
     }
@@ -167,12 +198,12 @@ void _MemoryBlock::set_first(_MemoryNode * node) {
         chain = MemoryChain::create();
     }
     if (chain != nullptr) {
-        chain->first = node;
+        chain->setFirst(node);
     }
 }
 
 void _MemoryBlock::set_unallocationCount(std::uint32_t count) {
-    unallocationCount = count;
+    unallocationCount.store(count, std::memory_order_relaxed);
 }
 
 void _MemoryBlock::set_unitCount(std::uint32_t count) {
@@ -194,37 +225,20 @@ _MemoryBlock::_MemoryNode * _MemoryBlock::createNode() {
 }
 
 void _MemoryBlock::destroyNode(_MemoryNode * node) {
+    if (chain != nullptr) {
+        chain->noteDestroyed(node);
+    }
     if (globalProcessMemory != nullptr) {
         globalProcessMemory->heapUnallocate(node);
     }
 }
 
 void * _MemoryBlock::createPointer(_MemoryNode * node, bool zeroFill) {
-    if (node == nullptr || node->freeCount == 0) {
-        return nullptr;
-    }
-    --node->freeCount;
-    std::uint16_t const index = loadIndex(getStack(node) + node->freeCount);
-    void * const pointer = memoryPartToPointer(getPart(node, index));
-    if (zeroFill) {
-        std::memset(pointer, 0, unitSize);
-    }
-    ++allocationCount;
-    return pointer;
+    return takeUnit(node, zeroFill);
 }
 
 void _MemoryBlock::destroyPart(_MemoryPart * part, _MemoryNode * node) {
-    if (node == nullptr || part == nullptr || node->freeCount >= unitCount) {
-        return;
-    }
-    // A header that was overwritten must not bring an index outside the node onto the stack.
-    std::uint16_t const index = loadIndex(part);
-    if (index >= unitCount) {
-        return;
-    }
-    storeIndex(getStack(node) + node->freeCount, index);
-    ++node->freeCount;
-    ++unallocationCount;
+    giveUnitBack(part, node);
 }
 
 void _MemoryBlock::fillData(_MemoryNode * node) {
@@ -254,10 +268,12 @@ void _MemoryBlock::freeChain() {
         return;
     }
     CriticalSectionGuard const guard(chain->protect);
-    while (chain->first != nullptr) {
-        _MemoryNode * const node = chain->first;
-        chain->first = node->next;
+    _MemoryNode * node = chain->firstNode();
+    chain->setFirst(nullptr);
+    while (node != nullptr) {
+        _MemoryNode * const next = node->next;
         destroyNode(node);
+        node = next;
     }
 }
 
@@ -266,19 +282,11 @@ _MemoryBlock::_MemoryNode * _MemoryBlock::getFirstNode() const {
 }
 
 _MemoryBlock::_MemoryNode * _MemoryBlock::getLastNode() const {
-    _MemoryNode * last = get_first();
-    while (last != nullptr && last->next != nullptr) {
-        last = last->next;
-    }
-    return last;
+    return chain != nullptr ? chain->findLast() : nullptr;
 }
 
 _MemoryBlock::_MemoryNode * _MemoryBlock::getPreviousNode(_MemoryNode * node) const {
-    _MemoryNode * previous = get_first();
-    while (previous != nullptr && previous->next != node) {
-        previous = previous->next;
-    }
-    return previous;
+    return chain != nullptr ? chain->findPrevious(node) : nullptr;
 }
 
 _MemoryBlock::_MemoryPart * _MemoryBlock::getPart(_MemoryNode * node, std::uint32_t index) const {
@@ -294,20 +302,14 @@ void _MemoryBlock::insert(_MemoryNode * node) {
 }
 
 void _MemoryBlock::insertAfter(_MemoryNode * node, _MemoryNode * inserted) {
-    if (node != nullptr && inserted != nullptr) {
-        inserted->next = node->next;
-        node->next = inserted;
+    if (chain != nullptr) {
+        chain->insertAfter(node, inserted);
     }
 }
 
 void _MemoryBlock::remove(_MemoryNode * node) {
-    if (chain == nullptr || node == nullptr) {
-        return;
-    }
-    if (chain->first == node) {
-        chain->first = node->next;
-    } else if (_MemoryNode * const previous = getPreviousNode(node); previous != nullptr) {
-        previous->next = node->next;
+    if (chain != nullptr) {
+        chain->remove(node);
     }
 }
 
@@ -340,15 +342,15 @@ std::uint32_t _MemoryBlock::stackSize() const {
 }
 
 std::uint32_t _MemoryBlock::get_allocationCount() const {
-    return allocationCount;
+    return allocationCount.load(std::memory_order_relaxed);
 }
 
 _MemoryBlock::_MemoryNode * _MemoryBlock::get_first() const {
-    return chain != nullptr ? chain->first : nullptr;
+    return chain != nullptr ? chain->firstNode() : nullptr;
 }
 
 std::uint32_t _MemoryBlock::get_unallocationCount() const {
-    return unallocationCount;
+    return unallocationCount.load(std::memory_order_relaxed);
 }
 
 std::uint32_t _MemoryBlock::get_unitCount() const {

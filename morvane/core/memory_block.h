@@ -1,6 +1,7 @@
 // The pool of equally sized units under the size-class manager.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <morvane/export.h>
 
@@ -131,11 +132,15 @@ private:
     std::uint32_t get_unitCount() const;
     std::uint16_t get_unitSize() const;
 
+    _MemoryNode * addNode();
+    void * takeUnit(_MemoryNode * node, bool zeroFill);
+    void giveUnitBack(_MemoryPart * part, _MemoryNode * node);
+
     static morvane::MemoryChain * shareChain(_MemoryBlock const & other);
     void leaveChain();
 
-    std::uint32_t allocationCount;
-    std::uint32_t unallocationCount;
+    std::atomic<std::uint32_t> allocationCount;
+    std::atomic<std::uint32_t> unallocationCount;
     std::uint16_t unitSize;
     std::uint32_t unitCount;
     /// The first node, the lock `protect` and an index over the nodes: what copies share. Null when there was no memory

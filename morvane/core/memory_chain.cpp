@@ -4,6 +4,12 @@
 #include <new>
 
 namespace morvane {
+namespace {
+
+/// Nodes that a walk may pass before an index is worth its memory.
+constexpr int mostPlainSteps = 8;
+
+} // namespace
 
 MemoryChain * MemoryChain::create() noexcept {
     void * const block = platform::heapAllocate(sizeof(MemoryChain), false);
@@ -15,6 +21,170 @@ void MemoryChain::destroy(MemoryChain * chain) noexcept {
         chain->~MemoryChain();
         platform::heapFree(chain);
     }
+}
+
+void MemoryChain::setFirst(Node * node) {
+    first = node;
+    forgetIndex();
+}
+
+MemoryChain::Node * MemoryChain::findOpenSlowly(std::uint32_t nodeBytes) {
+    Node * node = first;
+    if (!index.isBuilt()) {
+        for (int steps = 0; node != nullptr && node->freeCount == 0 && steps < mostPlainSteps; ++steps) {
+            node = node->next;
+        }
+        if (node != nullptr && node->freeCount == 0) {
+            index.build(first, nodeBytes);
+        }
+    }
+    if (index.isBuilt()) {
+        node = findOpenInIndex();
+    } else {
+        while (node != nullptr && node->freeCount == 0) {
+            node = node->next;
+        }
+    }
+    firstOpen = node;
+    return node;
+}
+
+MemoryChain::Node * MemoryChain::findOpenInIndex() {
+    for (NodeIndex::Slot slot = index.firstOpen(); slot != NodeIndex::none; slot = index.firstOpen()) {
+        if (Node * const node = index.nodeAt(slot); node->freeCount != 0) {
+            return node;
+        }
+        index.setFull(slot); // its count was written from outside
+    }
+    // Nodes that nobody told of may stand behind the last one.
+    Node * node = behindIndex();
+    if (node != nullptr) {
+        forgetIndex();
+        while (node != nullptr && node->freeCount == 0) {
+            node = node->next;
+        }
+    }
+    return node;
+}
+
+MemoryChain::Node * MemoryChain::findHolderSlowly(void const * address, Geometry geometry) {
+    Node * node = first;
+    if (!index.isBuilt()) {
+        for (int steps = 0; node != nullptr && !geometry.holds(node, address) && steps < mostPlainSteps; ++steps) {
+            node = node->next;
+        }
+        if (node != nullptr && !geometry.holds(node, address)) {
+            index.build(first, geometry.nodeBytes);
+        }
+    }
+    if (index.isBuilt()) {
+        NodeIndex::Slot const slot = index.find(address);
+        node = slot != NodeIndex::none ? index.nodeAt(slot) : behindIndex();
+    }
+    while (node != nullptr && !geometry.holds(node, address)) {
+        node = index.isBuilt() && slotOf(node) != NodeIndex::none ? nullptr : node->next;
+    }
+    recent = node;
+    return node;
+}
+
+MemoryChain::Node * MemoryChain::findLast() const {
+    Node * node = index.lastSlot() != NodeIndex::none ? index.nodeAt(index.lastSlot()) : first;
+    while (node != nullptr && node->next != nullptr) {
+        node = node->next;
+    }
+    return node;
+}
+
+MemoryChain::Node * MemoryChain::findPrevious(Node const * node) const {
+    if (NodeIndex::Slot const slot = slotOf(node); slot != NodeIndex::none) {
+        NodeIndex::Slot const previous = index.previousOf(slot);
+        if (previous != NodeIndex::none && index.nodeAt(previous)->next == node) {
+            return index.nodeAt(previous);
+        }
+    }
+    Node * previous = first;
+    while (previous != nullptr && previous->next != node) {
+        previous = previous->next;
+    }
+    return node != nullptr ? previous : nullptr;
+}
+
+void MemoryChain::insertAfter(Node * node, Node * inserted) {
+    if (node == nullptr || inserted == nullptr) {
+        return;
+    }
+    inserted->next = node->next;
+    node->next = inserted;
+    firstOpen = nullptr;
+    if (!index.isBuilt()) {
+        return;
+    }
+    bool const isAtEnd = inserted->next == nullptr && index.lastSlot() != NodeIndex::none
+                         && index.nodeAt(index.lastSlot()) == node && slotOf(inserted) == NodeIndex::none;
+    if (!isAtEnd || !index.append(inserted)) {
+        forgetIndex();
+    }
+}
+
+void MemoryChain::remove(Node * node) {
+    if (node == nullptr) {
+        return;
+    }
+    if (first == node) {
+        first = node->next;
+    } else if (Node * const previous = findPrevious(node); previous != nullptr) {
+        previous->next = node->next;
+    } else {
+        return;
+    }
+    if (NodeIndex::Slot const slot = slotOf(node); slot != NodeIndex::none) {
+        index.remove(slot);
+    }
+    noteDestroyed(node);
+}
+
+void MemoryChain::noteOpen(Node const * node) {
+    firstOpen = nullptr;
+    if (NodeIndex::Slot const slot = slotOf(node); slot != NodeIndex::none) {
+        index.setOpen(slot);
+    }
+}
+
+void MemoryChain::noteFull(Node const * node) {
+    if (NodeIndex::Slot const slot = slotOf(node); slot != NodeIndex::none) {
+        index.setFull(slot);
+    }
+}
+
+void MemoryChain::noteDestroyed(Node const * node) {
+    if (recent == node) {
+        recent = nullptr;
+    }
+    if (firstOpen == node) {
+        firstOpen = nullptr;
+    }
+    if (slotOf(node) != NodeIndex::none) {
+        forgetIndex(); // it goes without having been removed
+    }
+}
+
+MemoryChain::Node * MemoryChain::behindIndex() const {
+    return index.lastSlot() != NodeIndex::none ? index.nodeAt(index.lastSlot())->next : first;
+}
+
+NodeIndex::Slot MemoryChain::slotOf(Node const * node) const {
+    if (!index.isBuilt() || node == nullptr) {
+        return NodeIndex::none;
+    }
+    NodeIndex::Slot const slot = index.find(node);
+    return slot != NodeIndex::none && index.nodeAt(slot) == node ? slot : NodeIndex::none;
+}
+
+void MemoryChain::forgetIndex() {
+    firstOpen = nullptr;
+    recent = nullptr;
+    index.clear();
 }
 
 } // namespace morvane

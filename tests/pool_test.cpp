@@ -1,0 +1,522 @@
+#include "counting_heap.h"
+#include "ordinary_allocator.h"
+
+#include <algorithm>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <morvane/core/lifecycle.h>
+#include <morvane/core/memory.h>
+#include <morvane/core/memory_block.h>
+#include <morvane/core/memory_manager.h>
+#include <morvane/platform/debug_channel.h>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+std::string heard;
+
+void listen(unsigned short int const * text) {
+    while (*text != 0) {
+        heard += static_cast<char>(*text++);
+    }
+}
+
+/// A pool that shows its nodes.
+class OpenBlock : public _MemoryBlock {
+public:
+    using _MemoryBlock::_MemoryBlock;
+    using _MemoryBlock::createNode;
+    using _MemoryBlock::createPointer;
+    using _MemoryBlock::dataSize;
+    using _MemoryBlock::destroyNode;
+    using _MemoryBlock::destroyPart;
+    using _MemoryBlock::fillData;
+    using _MemoryBlock::fillStack;
+    using _MemoryBlock::freeChain;
+    using _MemoryBlock::getFirstNode;
+    using _MemoryBlock::getLastNode;
+    using _MemoryBlock::getPart;
+    using _MemoryBlock::getPreviousNode;
+    using _MemoryBlock::getStack;
+    using _MemoryBlock::headSize;
+    using _MemoryBlock::insert;
+    using _MemoryBlock::insertAfter;
+    using _MemoryBlock::isEmpty;
+    using _MemoryBlock::isFull;
+    using _MemoryBlock::nodeSize;
+    using _MemoryBlock::partSize;
+    using _MemoryBlock::remove;
+    using _MemoryBlock::stackSize;
+
+    std::vector<_MemoryNode *> nodes() const {
+        std::vector<_MemoryNode *> found;
+        for (_MemoryNode * node = getFirstNode(); node != nullptr; node = node->next) {
+            found.push_back(node);
+        }
+        return found;
+    }
+};
+
+using Node = _MemoryBlock::_MemoryNode;
+using Part = _MemoryBlock::_MemoryPart;
+
+Part headerOf(void * pointer) {
+    Part header{};
+    std::memcpy(&header, _MemoryBlock::pointerToMemoryPart(pointer), sizeof(header));
+    return header;
+}
+
+class Pool : public testing::Test {
+    counting_heap::LeakCheck leaks;
+};
+
+using Memory = Pool;
+using Manager = Pool;
+
+TEST_F(Memory, CountsEveryCallWhetherItIsServedOrNot) {
+    _Memory memory;
+    void * const empty = memory.heapAllocate(0, true);
+    EXPECT_NE(empty, nullptr);
+    counting_heap::refuseOnce(0);
+    EXPECT_EQ(memory.heapAllocate(10, false), nullptr);
+    memory.heapUnallocate(nullptr);
+    memory.heapUnallocate(empty);
+    _Memory const copy(memory);
+    _Memory assigned;
+    assigned = memory;
+    for (_Memory const & counted : {memory, copy, assigned}) {
+        EXPECT_EQ(counted.heapAllocationCount(), 2);
+        EXPECT_EQ(counted.heapUnallocationCount(), 2);
+        EXPECT_EQ(counted.heapFree(), 0U);
+    }
+}
+
+TEST_F(Memory, CountsExactlyWithSeveralThreads) {
+    _Memory memory;
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 4; ++number) {
+        threads.emplace_back([&memory] {
+            for (int round = 0; round < 5000; ++round) {
+                memory.heapUnallocate(memory.heapAllocate(8, false));
+            }
+        });
+    }
+    for (std::thread & thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(memory.heapAllocationCount(), 20000);
+    EXPECT_EQ(memory.heapUnallocationCount(), 20000);
+}
+
+TEST_F(Pool, LaysItsNodesOutAsItsClientsExpect) {
+    for (std::uint16_t const unitSize : std::initializer_list<std::uint16_t>{16, 13, 1, 65535}) {
+        constexpr std::uint32_t units = 5;
+        OpenBlock block(unitSize, units);
+        EXPECT_EQ(block.getFirstNode(), nullptr);
+        EXPECT_EQ(block.headSize(), 16U);
+        EXPECT_EQ(block.partSize(), unitSize + 8U);
+        EXPECT_EQ(block.dataSize(), units * (unitSize + 8U));
+        EXPECT_EQ(block.stackSize(), units * 2U);
+        EXPECT_EQ(block.nodeSize(), 26U + block.dataSize());
+
+        long const asked = counting_heap::requests();
+        auto * const unit = static_cast<char *>(block.allocate(false));
+        auto * const node = reinterpret_cast<char *>(block.getFirstNode());
+        EXPECT_GT(counting_heap::requests(), asked);
+        EXPECT_EQ(counting_heap::lastBytes(), block.nodeSize());
+        EXPECT_EQ(unit, node + 24);
+        EXPECT_EQ(block.getFirstNode()->freeCount, 4U);
+        EXPECT_EQ(reinterpret_cast<char *>(block.getStack(block.getFirstNode())), node + 16 + block.dataSize());
+        EXPECT_TRUE(std::all_of(unit, unit + unitSize, [](char byte) { return byte == 0; }));
+        EXPECT_EQ(block.allocate(false), unit + block.partSize());
+        for (std::uint16_t index = 0; index < units; ++index) {
+            Part const header = headerOf(_MemoryBlock::memoryPartToPointer(block.getPart(block.getFirstNode(), index)));
+            EXPECT_EQ(header.index, index);
+            EXPECT_EQ(header.unitSize, unitSize);
+            EXPECT_EQ(header.size, 0U);
+        }
+    }
+}
+
+TEST_F(Pool, ClearsExactlyTheUnitAndOnlyOnDemand) {
+    OpenBlock block(13, 4);
+    auto * const unit = static_cast<char *>(block.allocate(false));
+    auto * const next = static_cast<char *>(block.allocate(false));
+    std::memset(unit, 'a', 13);
+    std::memset(next, 'b', 13);
+    block.unallocate(unit);
+    EXPECT_EQ(block.allocate(false), unit);
+    EXPECT_EQ(std::string(unit, 13), std::string(13, 'a'));
+    block.unallocate(unit);
+    EXPECT_EQ(block.allocate(true), unit);
+    EXPECT_EQ(std::string(unit, 13), std::string(13, '\0'));
+    EXPECT_EQ(headerOf(unit).unitSize, 13);
+    EXPECT_EQ(headerOf(next).index, 1);
+    EXPECT_EQ(std::string(next, 13), std::string(13, 'b'));
+}
+
+TEST_F(Pool, IgnoresPointersThatItDoesNotHold) {
+    OpenBlock block(16, 4);
+    int foreign[8]{};
+    block.unallocate(foreign + 4);
+    block.unallocate(nullptr);
+    void * const unit = block.allocate(false);
+    block.unallocate(foreign + 4);
+    block.unallocate(nullptr);
+    block.unallocate(unit);
+    block.unallocate(unit);
+    EXPECT_EQ(block.getFirstNode()->freeCount, 4U);
+    morvane::platform::DebugListener const former = morvane::platform::setDebugListener(listen);
+    heard.clear();
+    block.traceConsole();
+    block.set_allocationCount(7);
+    block.set_unallocationCount(0xFFFFFFFF);
+    block.traceConsole();
+    morvane::platform::setDebugListener(former);
+    EXPECT_EQ(heard, "unitSize:16 [allocCount:1, unallocCount:1]\r\nunitSize:16 [allocCount:7, unallocCount:-1]\r\n");
+}
+
+TEST_F(Pool, GivesNullWhereNoNodeCanBe) {
+    struct {
+        std::uint16_t unitSize;
+        std::uint32_t unitCount;
+    } const cases[] = {{16, 0}, {16, 65537}, {65535, 65536}, {16, 0xFFFFFFFF}};
+    for (auto const & impossible : cases) {
+        OpenBlock block(impossible.unitSize, impossible.unitCount);
+        long const asked = counting_heap::requests();
+        EXPECT_EQ(block.allocate(true), nullptr);
+        EXPECT_EQ(counting_heap::requests(), asked) << "no node was asked for";
+    }
+    // Every allocation behind a pool refused in turn: null now, a unit next time.
+    for (long served = 0; served < 4; ++served) {
+        counting_heap::refuseOnce(served);
+        OpenBlock block(8, 1);
+        std::vector<void *> units;
+        for (int round = 0; round < 40; ++round) {
+            units.push_back(block.allocate(true));
+        }
+        counting_heap::serveAll();
+        EXPECT_LE(std::count(units.begin(), units.end(), nullptr), served == 0 ? 40 : 1);
+        EXPECT_EQ(block.nodes().size(), 40U - static_cast<unsigned>(std::count(units.begin(), units.end(), nullptr)));
+        for (void * const unit : units) {
+            block.unallocate(unit);
+        }
+        EXPECT_LE(block.nodes().size(), 1U);
+    }
+}
+
+/// The pool as it is told: a walk along the chain for everything.
+class PlainPool {
+public:
+    explicit PlainPool(std::uint16_t units) : unitCount(units) {}
+
+    /// Where the next unit comes from: the place of the node in the chain, and the unit; a place behind the end is a
+    /// new node.
+    std::pair<std::size_t, std::uint16_t> allocate() {
+        std::size_t place = 0;
+        while (place < chain.size() && chain[place].stack.empty()) {
+            ++place;
+        }
+        if (place == chain.size()) {
+            add(place);
+        }
+        std::uint16_t const unit = chain[place].stack.back();
+        chain[place].stack.pop_back();
+        return {place, unit};
+    }
+
+    void add(std::size_t place) {
+        PlainNode node{nullptr, {}};
+        for (std::uint16_t unit = unitCount; unit != 0;) {
+            node.stack.push_back(--unit);
+        }
+        chain.insert(chain.begin() + static_cast<std::ptrdiff_t>(place), node);
+    }
+
+    void unallocate(Node const * node, std::uint16_t unit) {
+        std::size_t place = 0;
+        while (chain[place].node != node) {
+            ++place;
+        }
+        chain[place].stack.push_back(unit);
+        if (chain[place].stack.size() == unitCount && place != 0) {
+            chain.erase(chain.begin() + static_cast<std::ptrdiff_t>(place));
+        }
+    }
+
+    struct PlainNode {
+        Node * node;
+        std::vector<std::uint16_t> stack;
+    };
+    std::vector<PlainNode> chain;
+
+private:
+    std::uint16_t unitCount;
+};
+
+struct Unit {
+    char * pointer;
+    Node * node;
+    std::uint16_t index;
+};
+
+void expectSame(OpenBlock & block, PlainPool & plain) {
+    std::vector<Node *> const nodes = block.nodes();
+    ASSERT_EQ(nodes.size(), plain.chain.size());
+    for (std::size_t place = 0; place < nodes.size(); ++place) {
+        PlainPool::PlainNode & expected = plain.chain[place];
+        expected.node = expected.node == nullptr ? nodes[place] : expected.node;
+        ASSERT_EQ(nodes[place], expected.node);
+        ASSERT_EQ(nodes[place]->freeCount, expected.stack.size());
+        ASSERT_EQ(std::memcmp(block.getStack(nodes[place]), expected.stack.data(), expected.stack.size() * 2), 0);
+    }
+}
+
+TEST_F(Pool, WorksAsAWalkAlongItsChainWould) {
+    for (std::uint16_t const units : std::initializer_list<std::uint16_t>{1, 2, 7}) {
+        for (unsigned const most : {30U, 400U}) {
+            std::mt19937 random(units + most);
+            OpenBlock block(12, units);
+            PlainPool plain(units);
+            std::vector<Unit> live;
+            for (int step = 0; step < 6000; ++step) {
+                bool const grows = step / 1000 % 2 == 0;
+                auto const dice = random() % 100;
+                if (dice == 0 && !plain.chain.empty()) {
+                    // A derived class puts a node of its own somewhere behind the first.
+                    Node * const node = block.createNode();
+                    block.fillStack(node);
+                    block.fillData(node);
+                    std::size_t const place = random() % plain.chain.size();
+                    block.insertAfter(plain.chain[place].node, node);
+                    plain.add(place + 1);
+                } else if (dice == 1) {
+                    // It takes one away that has no unit in use, and puts it back at the end.
+                    auto const empty = std::find_if(plain.chain.begin(), plain.chain.end(), [&](auto const & node) {
+                        return node.stack.size() == units && node.node != plain.chain.front().node;
+                    });
+                    if (empty != plain.chain.end()) {
+                        Node * const node = empty->node;
+                        block.remove(node);
+                        std::rotate(empty, empty + 1, plain.chain.end());
+                        node->next = nullptr;
+                        block.insert(node);
+                    }
+                } else if (dice == 2 && plain.chain.size() > 1) {
+                    // It lets the chain begin with its second node, the first one behind that.
+                    Node * const first = plain.chain[0].node;
+                    Node * const second = plain.chain[1].node;
+                    first->next = second->next;
+                    second->next = first;
+                    block.set_first(second);
+                    std::swap(plain.chain[0], plain.chain[1]);
+                } else if (!live.empty() && (live.size() > most || dice < (grows ? 30 : 70))) {
+                    std::swap(live[random() % live.size()], live.back());
+                    block.unallocate(live.back().pointer);
+                    plain.unallocate(live.back().node, live.back().index);
+                    live.pop_back();
+                } else {
+                    auto * const pointer = static_cast<char *>(block.allocate(true));
+                    auto const [place, index] = plain.allocate();
+                    std::vector<Node *> const nodes = block.nodes();
+                    ASSERT_LT(place, nodes.size());
+                    ASSERT_EQ(pointer, reinterpret_cast<char *>(nodes[place]) + 24 + index * 20);
+                    live.push_back({pointer, nodes[place], index});
+                }
+                expectSame(block, plain);
+                if (HasFatalFailure()) {
+                    return;
+                }
+                if (!plain.chain.empty()) {
+                    std::size_t const place = random() % plain.chain.size();
+                    ASSERT_EQ(block.getPreviousNode(plain.chain[place].node),
+                              place != 0 ? plain.chain[place - 1].node : nullptr);
+                    ASSERT_EQ(block.getLastNode(), plain.chain.back().node);
+                }
+            }
+        }
+    }
+}
+
+TEST_F(Pool, FollowsADerivedClassThatTakesItsNodesApart) {
+    OpenBlock block(8, 1);
+    std::vector<void *> units;
+    for (int round = 0; round < 100; ++round) {
+        units.push_back(block.allocate(false));
+    }
+    std::vector<Node *> nodes = block.nodes();
+    // Gone without a word: the link is written first, then the node destroyed.
+    nodes[49]->next = nodes[51];
+    block.destroyNode(nodes[50]);
+    block.unallocate(units[49]);
+    block.unallocate(units[51]);
+    EXPECT_EQ(block.nodes().size(), 97U);
+    // Linked on behind the last one without a word.
+    Node * const added = block.createNode();
+    block.fillStack(added);
+    block.fillData(added);
+    block.getLastNode()->next = added;
+    EXPECT_EQ(block.allocate(false), _MemoryBlock::memoryPartToPointer(block.getPart(added, 0)));
+    EXPECT_EQ(block.getLastNode(), added);
+    block.unallocatePart(block.getPart(added, 0));
+    EXPECT_EQ(block.nodes().size(), 97U);
+    // Nodes outside the chain are nobody's predecessor, and nothing happens without a node.
+    EXPECT_EQ(block.getPreviousNode(nullptr), nullptr);
+    block.insertAfter(nullptr, nodes[0]);
+    block.insertAfter(nodes[0], nullptr);
+    block.remove(nullptr);
+    EXPECT_EQ(block.createPointer(nullptr, true), nullptr);
+    EXPECT_EQ(block.nodes().size(), 97U);
+    block.freeChain();
+    EXPECT_EQ(block.getFirstNode(), nullptr);
+    EXPECT_NE(block.allocate(false), nullptr);
+}
+
+TEST_F(Pool, ReleasesASharedChainOnce) {
+    OpenBlock empty(16, 2);
+    OpenBlock apart(empty);
+    EXPECT_NE(empty.allocate(false), nullptr);
+    EXPECT_EQ(apart.getFirstNode(), nullptr) << "there was nothing to share";
+    auto * const owner = new OpenBlock(16, 2);
+    void * const unit = owner->allocate(false);
+    OpenBlock sharer(*owner);
+    OpenBlock leaver(*owner);
+    apart = *owner;
+    apart = apart;
+    EXPECT_EQ(sharer.getFirstNode(), owner->getFirstNode());
+    leaver.set_first(nullptr);
+    delete owner;
+    EXPECT_EQ(leaver.getFirstNode(), nullptr);
+    EXPECT_EQ(sharer.allocate(false), static_cast<char *>(unit) + 24);
+    apart.unallocate(unit);
+    EXPECT_EQ(sharer.allocate(false), unit);
+    sharer.freeChain();
+    EXPECT_EQ(apart.getFirstNode(), nullptr) << "the chain is gone for all";
+}
+
+TEST_F(Pool, ServesSeveralThreadsAtOnce) {
+    OpenBlock block(24, 16);
+    std::vector<std::thread> threads;
+    std::atomic<int> damaged{0};
+    for (int number = 0; number < 4; ++number) {
+        threads.emplace_back([&block, &damaged, number] {
+            std::mt19937 random(static_cast<unsigned>(number));
+            std::vector<char *> units;
+            for (int round = 0; round < 5000; ++round) {
+                if (units.size() > 200 || (random() % 2 != 0 && !units.empty())) {
+                    std::swap(units[random() % units.size()], units.back());
+                    damaged += std::string(units.back(), 24) == std::string(24, static_cast<char>(number)) ? 0 : 1;
+                    block.unallocate(units.back());
+                    units.pop_back();
+                } else {
+                    units.push_back(static_cast<char *>(block.allocate(false)));
+                    std::memset(units.back(), number, 24);
+                }
+            }
+            for (char * const unit : units) {
+                block.unallocate(unit);
+            }
+        });
+    }
+    for (std::thread & thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(damaged, 0);
+    EXPECT_EQ(block.nodes().size(), 1U);
+    EXPECT_TRUE(block.isEmpty(block.getFirstNode()));
+}
+
+/// The lines that the manager says, without what is the same in all.
+std::string countsOf(_MemoryManager const & manager) {
+    morvane::platform::DebugListener const former = morvane::platform::setDebugListener(listen);
+    heard.clear();
+    manager.traceConsole();
+    morvane::platform::setDebugListener(former);
+    std::string counts;
+    for (char const c : heard) {
+        counts += (c >= '0' && c <= '9') || c == ':' || c == ',' || c == '\n' ? std::string(1, c) : "";
+    }
+    return counts;
+}
+
+TEST_F(Manager, SendsEverySizeToItsPool) {
+    struct {
+        std::uint32_t size;
+        std::uint16_t pool;
+    } const cases[] = {{0, 16},    {16, 16},   {17, 32},   {32, 32},   {33, 64},    {64, 64},     {65, 128},
+                       {128, 128}, {129, 256}, {257, 512}, {512, 512}, {513, 1024}, {1024, 1024}, {1025, 65535}};
+    for (auto const & request : cases) {
+        _MemoryManager manager;
+        std::int32_t const nodes = globalProcessMemory->heapAllocationCount();
+        auto * const pointer = static_cast<char *>(manager.fastAllocate(request.size, true));
+        EXPECT_EQ(headerOf(pointer).unitSize, request.pool) << request.size;
+        EXPECT_EQ(headerOf(pointer).index, 0);
+        bool const fromPool = request.pool != 65535;
+        EXPECT_EQ(headerOf(pointer).size, fromPool ? 0 : request.size);
+        EXPECT_EQ(globalProcessMemory->heapAllocationCount() - nodes, fromPool ? 1 : 0);
+        EXPECT_EQ(counting_heap::lastBytes(),
+                  fromPool ? 262144U / request.pool * (request.pool + 10U) + 16 : request.size + 8);
+        EXPECT_TRUE(std::all_of(pointer, pointer + request.size, [](char byte) { return byte == 0; }));
+        manager.fastUnallocate(pointer);
+        manager.fastUnallocate(nullptr);
+        std::string const line = std::to_string(request.pool) + ":1,:1\n";
+        EXPECT_EQ(countsOf(manager).find(line) != std::string::npos, fromPool) << request.size;
+        EXPECT_EQ(manager.heapFree(), 0U);
+    }
+}
+
+TEST_F(Manager, GivesNullForWhatCannotBeHad) {
+    _MemoryManager manager;
+    EXPECT_EQ(manager.fastAllocate(0xFFFFFFF8, false), nullptr);
+    counting_heap::refuseOnce(0);
+    EXPECT_EQ(manager.fastAllocate(2000, true), nullptr);
+    counting_heap::refuseOnce(0);
+    EXPECT_EQ(manager.fastAllocate(20, true), nullptr);
+    char unknown[16] = "no known header";
+    manager.fastUnallocate(unknown + 8);
+    manager.heapUnallocate(manager.heapAllocate(100, true));
+    // A pool that could not be made refuses, and the others serve.
+    ordinary_allocator::servedBeforeRefusal = 3;
+    _MemoryManager cramped;
+    ordinary_allocator::servedBeforeRefusal = -1;
+    EXPECT_NE(cramped.fastAllocate(64, false), nullptr);
+    EXPECT_EQ(cramped.fastAllocate(65, false), nullptr);
+    EXPECT_EQ(countsOf(cramped), ":16:0,:0\n:32:0,:0\n:64:1,:0\n");
+}
+
+TEST_F(Manager, BringsOddSizesIntoRange) {
+    for (std::uint32_t const size : {0U, 15U, 1023U, 1024U, 1048592U, 0xFFFFFFFFU}) {
+        _MemoryManager manager(size);
+        auto const units = std::clamp<std::uint64_t>(size / 16, 1, 65536);
+        EXPECT_NE(manager.fastAllocate(16, false), nullptr);
+        EXPECT_EQ(counting_heap::lastBytes(), units * 26 + 16);
+        EXPECT_NE(manager.fastAllocate(1000, false), nullptr) << size;
+    }
+}
+
+TEST_F(Manager, DeletesSharedPoolsOnce) {
+    std::string const unused = countsOf(*globalMemoryManager);
+    long const before = ordinary_allocator::liveBlocks;
+    {
+        auto * const first = new _MemoryManager(4096);
+        void * const pointer = first->fastAllocate(100, false);
+        _MemoryManager second(*first);
+        _MemoryManager third(1024);
+        _MemoryManager fourth(third);
+        third = second;
+        third = third;
+        delete first;
+        second.fastUnallocate(pointer);
+        EXPECT_EQ(third.fastAllocate(100, false), pointer);
+        second.default_ctor_closure();
+        EXPECT_EQ(countsOf(second), unused);
+        third.fastUnallocate(pointer);
+        EXPECT_NE(fourth.fastAllocate(1, false), nullptr);
+    }
+    EXPECT_EQ(ordinary_allocator::liveBlocks, before);
+}
+
+} // namespace
