@@ -1,7 +1,6 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -10,7 +9,6 @@
 #include <morvane/platform/fat_time.h>
 #include <morvane/platform/last_error.h>
 #include <morvane/streams/file_utility.h>
-#include <random>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -18,7 +16,6 @@
 #include <temporary_folder.h>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
 using namespace morvane::literals;
 using namespace morvane::platform;
@@ -43,63 +40,61 @@ std::uint32_t modeOf(std::uint32_t access, std::uint32_t sharing) {
     return access | sharing << 4;
 }
 
+/// What `call` gives in a child process, 0 to 255.
+template <typename Call>
+int inChild(Call call) {
+    pid_t const child = fork();
+    if (child == 0) {
+        _exit(call());
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
 TEST_F(Files, OpenOnlyUnderNamesOfFiles) {
-    folder.put("file", "text");
-    folder.put("\u00E9\u20AC\U0001F600", "text");
     std::filesystem::create_directory(folder.path("folder"));
     std::filesystem::create_symlink("folder", folder.path("link"));
     std::u16string const base = folder.path("").u16string();
+    for (char const * const file : {"file", "\u00E9\u20AC\U0001F600"}) {
+        FileName const name = folder.put(file, "text");
+        EXPECT_TRUE(_FileUtility::fileExists(name));
+        EXPECT_TRUE(_FileUtility::fileClose(_FileUtility::fileOpen(name, 0)));
+    }
     std::u16string const high(1, 0xD83D);
     std::u16string const low(1, 0xDE00);
-    struct {
-        std::u16string name;
-        bool opens;
-    } const cases[] = {
-        {base + u"file", true},
-        {base + u"\u00E9\u20AC\U0001F600", true},
-        {base + u"missing", false},
-        {base + u"folder", false},
-        {base + u"link", false},
-        {base + u"file/", false},
-        {base + high, false},
-        {base + low, false},
-        {base + low + high, false},
-        {base + std::u16string(5000, u'a'), false},
-        {u"", false},
-    };
-    for (auto const & [text, opens] : cases) {
-        SCOPED_TRACE(testing::PrintToString(text));
+    for (std::u16string const & text : {base + u"folder", base + u"link", base + u"file/", base + high, base + low,
+                                        base + low + high, base + std::u16string(5000, u'a'), std::u16string()}) {
         FileName const name(text);
         errno = 0;
-        std::int32_t const handle = _FileUtility::fileOpen(name, 0);
-        EXPECT_EQ(handle >= 0, opens);
-        EXPECT_EQ(lastError() == 0, opens);
-        EXPECT_EQ(_FileUtility::fileExists(name), opens);
-        EXPECT_EQ(_FileUtility::fileClose(handle), opens);
-        if (!opens && text.find(u"missing") == std::u16string::npos) {
-            EXPECT_EQ(_FileUtility::fileCreate(name), -1);
-        }
+        EXPECT_EQ(_FileUtility::fileOpen(name, 0), -1) << testing::PrintToString(text);
+        EXPECT_NE(lastError(), 0);
+        EXPECT_FALSE(_FileUtility::fileExists(name));
+        EXPECT_EQ(_FileUtility::fileCreate(name), -1);
     }
-    EXPECT_EQ(_FileUtility::fileOpen(nullptr, 0), -1);
+    for (FileName const & missing : {folder.name("missing/file"), folder.name("missing")}) {
+        EXPECT_EQ(_FileUtility::fileOpen(missing, 0), -1);
+        EXPECT_EQ(_FileUtility::fileAge(missing), -1);
+        EXPECT_EQ(_FileUtility::fileGetAttr(missing), -1);
+        EXPECT_EQ(_FileUtility::fileSetAttr(missing, 0), ENOENT);
+    }
     EXPECT_EQ(_FileUtility::fileCreate(nullptr), -1);
-    EXPECT_EQ(_FileUtility::fileAge(nullptr), -1);
     EXPECT_EQ(_FileUtility::fileGetAttr(nullptr), -1);
-    EXPECT_NE(_FileUtility::fileSetAttr(nullptr, 0), 0);
+    EXPECT_EQ(_FileUtility::fileCreate(folder.name("missing/file")), -1);
+    EXPECT_EQ(lastError(), ENOENT);
 }
 
 TEST_F(Files, OpenInTheModesOfTheTablesAlone) {
     FileName const name = folder.put("file", "text");
     for (std::uint32_t mode = 0; mode < 0x400; ++mode) {
         std::int32_t const handle = _FileUtility::fileOpen(name, mode);
-        ASSERT_EQ(handle >= 0, (mode & 3) < 3 && (mode >> 4 & 15) < 5) << mode;
-        if (handle >= 0) {
-            char byte = 'x';
-            EXPECT_EQ(_FileUtility::fileRead(handle, &byte, 1), (mode & 3) == 1 ? -1 : 1);
-            EXPECT_EQ(_FileUtility::fileWrite(handle, &byte, 1), (mode & 3) == 0 ? -1 : 1);
-            EXPECT_TRUE(_FileUtility::fileClose(handle));
-        }
+        bool const opens = (mode & 3) < 3 && (mode >> 4 & 15) < 5;
+        char byte = 'x';
+        ASSERT_EQ(handle >= 0, opens) << mode;
+        EXPECT_EQ(_FileUtility::fileRead(handle, &byte, 1), opens && (mode & 3) != 1 ? 1 : -1);
+        EXPECT_EQ(_FileUtility::fileWrite(handle, &byte, 1), opens && (mode & 3) != 0 ? 1 : -1);
+        EXPECT_EQ(_FileUtility::fileClose(handle), opens);
     }
-    EXPECT_EQ(_FileUtility::fileOpen(name, 0xFFFF), -1);
 }
 
 /// What the two opens of the tables ask for, as bits: 1 read, 2 write.
@@ -110,149 +105,90 @@ bool modelAdmits(std::uint32_t access, std::uint32_t sharing, std::uint32_t othe
     return refused == 0 && refusing == 0;
 }
 
-/// The handle that a second open gives, under another name of the file.
-struct SecondOpen {
-    char const * title;
-    bool (*admitted)(FileName const & name, std::uint32_t mode);
-};
-
-bool admittedHere(FileName const & name, std::uint32_t mode) {
-    std::int32_t const handle = _FileUtility::fileOpen(name, mode);
-    if (handle < 0) {
-        EXPECT_EQ(lastError(), EBUSY);
-        return false;
-    }
-    return _FileUtility::fileClose(handle);
-}
-
-bool admittedInAnotherProcess(FileName const & name, std::uint32_t mode) {
-    pid_t const child = fork();
-    if (child == 0) {
-        // A child has the table of its parent; closing what it inherited empties that and keeps the parent's locks.
-        for (int handle = 3; handle < 64; ++handle) {
-            _FileUtility::fileClose(handle);
-        }
-        _exit(_FileUtility::fileOpen(name, mode) >= 0 ? 1 : 0);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WEXITSTATUS(status) == 1;
+bool admitted(FileName const & name, std::uint32_t mode) {
+    return _FileUtility::fileClose(_FileUtility::fileOpen(name, mode));
 }
 
 TEST_F(Files, AdmitOpensThatAllowEachOther) {
     FileName const name = folder.put("file", "text");
     std::filesystem::create_symlink("file", folder.path("symbolic"));
     std::filesystem::create_hard_link(folder.path("file"), folder.path("hard"));
-    SecondOpen const seconds[] = {{"here", admittedHere}, {"another process", admittedInAnotherProcess}};
-    char const * const names[] = {"file", "symbolic", "hard"};
     for (unsigned int index = 0; index < 15 * 15; ++index) {
-        std::uint32_t const access = index % 3;
-        std::uint32_t const sharing = index / 3 % 5;
-        std::uint32_t const otherAccess = index / 15 % 3;
-        std::uint32_t const otherSharing = index / 45;
-        std::int32_t const first = _FileUtility::fileOpen(name, modeOf(access, sharing));
-        ASSERT_GE(first, 0);
-        FileName const second = folder.name(names[index % 3]);
-        for (SecondOpen const & other : seconds) {
-            EXPECT_EQ(other.admitted(second, modeOf(otherAccess, otherSharing)),
-                      modelAdmits(access, sharing, otherAccess, otherSharing))
-                << other.title << ": " << access << sharing << otherAccess << otherSharing;
-        }
+        unsigned int const row[] = {index % 3, index / 3 % 5, index / 15 % 3, index / 45};
+        bool const admits = modelAdmits(row[0], row[1], row[2], row[3]);
+        std::int32_t const first = _FileUtility::fileOpen(name, modeOf(row[0], row[1]));
+        FileName const second = folder.name(index % 2 == 0 ? "symbolic" : "hard");
+        EXPECT_EQ(admitted(second, modeOf(row[2], row[3])), admits) << testing::PrintToString(row);
+        auto const otherProcess = [&] {
+            // The child closes what it inherited, the table with it; the parent's locks stay.
+            for (int handle = 3; handle <= first; ++handle) {
+                _FileUtility::fileClose(handle);
+            }
+            return admitted(second, modeOf(row[2], row[3])) ? 1 : 0;
+        };
+        EXPECT_EQ(inChild(otherProcess), admits ? 1 : 0) << testing::PrintToString(row);
         EXPECT_EQ(_FileUtility::fileCreate(second), -1);
         EXPECT_EQ(folder.get("file"), "text") << "a refused create cuts nothing";
         ASSERT_TRUE(_FileUtility::fileClose(first));
     }
 }
 
-TEST_F(Files, HoldEveryOpenAgainstEveryOtherInAnyOrder) {
-    FileName const names[] = {folder.put("a", ""), folder.put("b", "")};
-    struct Open {
-        std::int32_t handle;
-        std::size_t file;
-        std::uint32_t access;
-        std::uint32_t sharing;
-    };
-    std::vector<Open> opens;
-    std::mt19937 random(7);
-    int admittedCount = 0;
-    for (int step = 0; step < 3000; ++step) {
-        if (random() % 3 == 0 && !opens.empty()) {
-            std::size_t const gone = random() % opens.size();
-            ASSERT_TRUE(_FileUtility::fileClose(opens[gone].handle));
-            opens.erase(opens.begin() + static_cast<std::ptrdiff_t>(gone));
-            continue;
-        }
-        auto const pick = [&random](std::uint32_t count) { return static_cast<std::uint32_t>(random() % count); };
-        Open open{-1, pick(2), pick(3), 2 + pick(3)};
-        open.handle = _FileUtility::fileOpen(names[open.file], modeOf(open.access, open.sharing));
-        bool admits = true;
-        for (Open const & other : opens) {
-            admits =
-                admits
-                && (open.file != other.file || modelAdmits(open.access, open.sharing, other.access, other.sharing));
-        }
-        ASSERT_EQ(open.handle >= 0, admits);
-        if (admits) {
-            ++admittedCount;
-            opens.push_back(open);
-        }
-    }
-    EXPECT_GT(admittedCount, 300);
-    for (Open const & open : opens) {
-        EXPECT_TRUE(_FileUtility::fileClose(open.handle));
-    }
-}
-
-TEST_F(Files, ForgetAnOpenWhoseDescriptorWasClosedElsewhere) {
+TEST_F(Files, HoldAnOpenAgainstAllOthersUntilTheyClose) {
     FileName const name = folder.put("file", "");
-    std::int32_t const lost = _FileUtility::fileOpen(name, 0x40);
-    close(lost);
-    std::int32_t const handle = _FileUtility::fileOpen(name, 0);
-    EXPECT_EQ(handle, lost);
-    EXPECT_TRUE(_FileUtility::fileClose(handle));
-    EXPECT_FALSE(_FileUtility::fileClose(handle));
-    EXPECT_FALSE(_FileUtility::fileClose(-1));
+    std::int32_t const writing = _FileUtility::fileOpen(name, modeOf(1, 4));
+    std::int32_t const readers[] = {_FileUtility::fileOpen(name, modeOf(0, 4)),
+                                    _FileUtility::fileOpen(name, modeOf(0, 4))};
+    EXPECT_FALSE(admitted(name, modeOf(0, 2))) << "somebody writes";
+    EXPECT_TRUE(_FileUtility::fileClose(writing));
+    std::int32_t const guard = _FileUtility::fileOpen(name, modeOf(0, 2));
+    EXPECT_TRUE(_FileUtility::fileClose(readers[0]));
+    EXPECT_FALSE(admitted(name, modeOf(1, 4))) << "somebody forbids it";
+    EXPECT_FALSE(admitted(name, modeOf(0, 0))) << "the second reader is still there";
+    EXPECT_TRUE(_FileUtility::fileClose(guard));
+    EXPECT_TRUE(admitted(name, modeOf(1, 4)));
+    EXPECT_TRUE(_FileUtility::fileClose(readers[1]));
+    EXPECT_TRUE(admitted(name, modeOf(2, 0)));
 }
 
 TEST_F(Files, AreOpenedOnceAmongRacingThreads) {
     FileName const name = folder.put("file", "");
     std::atomic<int> inside{0};
-    std::atomic<int> opened{0};
-    std::atomic<int> worst{0};
     auto const race = [&] {
         for (int step = 0; step < 500; ++step) {
             std::int32_t const handle =
                 step % 2 == 0 ? _FileUtility::fileOpen(name, 0) : _FileUtility::fileCreate(name);
             if (handle >= 0) {
-                worst = std::max(worst.load(), ++inside);
-                ++opened;
+                EXPECT_EQ(++inside, 1);
                 --inside;
                 _FileUtility::fileClose(handle);
             }
         }
     };
-    std::vector<std::thread> threads;
-    for (int index = 0; index < 4; ++index) {
-        threads.emplace_back(race);
-    }
-    for (std::thread & thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(worst, 1);
-    EXPECT_GT(opened, 0);
+    std::thread first(race);
+    std::thread second(race);
+    first.join();
+    second.join();
 }
 
-TEST_F(Files, AreCreatedEmptyOrNotAtAll) {
+TEST_F(Files, LeaveNothingBehindTheirHandle) {
     FileName const name = folder.put("file", "former text");
+    std::int32_t const lost = _FileUtility::fileOpen(name, 0);
+    close(lost);
     std::int32_t const handle = _FileUtility::fileCreate(name);
-    ASSERT_GE(handle, 0);
+    EXPECT_EQ(handle, lost) << "an open that ended elsewhere is forgotten";
     EXPECT_EQ(fcntl(handle, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
-    EXPECT_EQ(_FileUtility::fileSeek(handle, 0, 2), 0);
     EXPECT_EQ(_FileUtility::fileWrite(handle, "new", 3), 3);
     EXPECT_TRUE(_FileUtility::fileClose(handle));
     EXPECT_EQ(folder.get("file"), "new");
-    EXPECT_EQ(_FileUtility::fileCreate(folder.name("missing/file")), -1);
-    EXPECT_EQ(lastError(), ENOENT);
+    char byte = 0;
+    for (std::int32_t const bad : {handle, -1, 0x7FFFFFFF}) {
+        EXPECT_FALSE(_FileUtility::fileClose(bad));
+        EXPECT_EQ(_FileUtility::fileSeek(bad, 0, 0), -1);
+        EXPECT_EQ(_FileUtility::fileRead(bad, &byte, 1), -1);
+        EXPECT_EQ(_FileUtility::fileWrite(bad, &byte, 1), -1);
+        EXPECT_EQ(_FileUtility::fileGetDate(bad), -1);
+        EXPECT_EQ(_FileUtility::fileSetDate(bad, 0x50215000), EBADF);
+    }
 }
 
 TEST_F(Files, SeekWithin31BitsAndStayWhereTheyCannot) {
@@ -278,16 +214,7 @@ TEST_F(Files, SeekWithin31BitsAndStayWhereTheyCannot) {
     EXPECT_EQ(_FileUtility::fileRead(handle, bytes, 64), 8);
     EXPECT_EQ(_FileUtility::fileRead(handle, bytes, 64), 0);
     EXPECT_EQ(_FileUtility::fileSeek(handle, -17, 1), last);
-    EXPECT_EQ(_FileUtility::fileSeek(handle, 0, 0), 0);
-    EXPECT_EQ(_FileUtility::fileRead(handle, bytes, 4), 4);
     EXPECT_TRUE(_FileUtility::fileClose(handle));
-    for (std::int32_t const bad : {handle, -1, 0x7FFFFFFF}) {
-        EXPECT_EQ(_FileUtility::fileSeek(bad, 0, 0), -1);
-        EXPECT_EQ(_FileUtility::fileRead(bad, bytes, 1), -1);
-        EXPECT_EQ(_FileUtility::fileWrite(bad, bytes, 1), -1);
-        EXPECT_EQ(_FileUtility::fileGetDate(bad), -1);
-        EXPECT_EQ(_FileUtility::fileSetDate(bad, 0x50215000), EBADF);
-    }
 }
 
 TEST_F(Files, TakeCountsBeyondTheLargestResult) {
@@ -308,21 +235,16 @@ TEST_F(Files, TakeCountsBeyondTheLargestResult) {
 
 TEST_F(Files, GiveTheCountWhereADiskTakesNoMore) {
     std::int32_t const full = _FileUtility::fileOpen(u"/dev/full"_w, 1);
-    ASSERT_GE(full, 0);
     EXPECT_EQ(_FileUtility::fileWrite(full, "text", 4), -1);
     EXPECT_EQ(lastError(), ENOSPC);
     EXPECT_TRUE(_FileUtility::fileClose(full));
-
     std::int32_t const handle = _FileUtility::fileCreate(folder.name("limited"));
-    pid_t const child = fork();
-    if (child == 0) {
+    auto const writeLimited = [handle] {
         rlimit const limit{5, 5};
         setrlimit(RLIMIT_FSIZE, &limit);
-        _exit(_FileUtility::fileWrite(handle, "12345678", 8));
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(WEXITSTATUS(status), 5);
+        return _FileUtility::fileWrite(handle, "12345678", 8);
+    };
+    EXPECT_EQ(inChild(writeLimited), 5);
     EXPECT_EQ(folder.get("limited"), "12345");
     EXPECT_TRUE(_FileUtility::fileClose(handle));
 }
@@ -359,19 +281,7 @@ TEST_F(Files, ReadOnWhenASignalInterrupts) {
     EXPECT_TRUE(_FileUtility::fileClose(ends[1]));
 }
 
-TEST_F(Files, SurviveAPipeWithoutAReader) {
-    int ends[2];
-    ASSERT_EQ(pipe(ends), 0);
-    EXPECT_TRUE(_FileUtility::fileClose(ends[0]));
-    EXPECT_EQ(_FileUtility::fileWrite(ends[1], "text", 4), -1);
-    EXPECT_EQ(lastError(), EPIPE);
-    sigset_t pending;
-    sigpending(&pending);
-    EXPECT_EQ(sigismember(&pending, SIGPIPE), 0);
-    EXPECT_TRUE(_FileUtility::fileClose(ends[1]));
-}
-
-TEST_F(Files, NeverWaitForTheOtherEndOfAPipe) {
+TEST_F(Files, NeitherWaitForTheOtherEndOfAPipeNorDieWithoutIt) {
     ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
     FileName const name = folder.name("pipe");
     EXPECT_EQ(_FileUtility::fileOpen(name, 1), -1);
@@ -381,48 +291,44 @@ TEST_F(Files, NeverWaitForTheOtherEndOfAPipe) {
     EXPECT_EQ(_FileUtility::fileWrite(writer, "text", 4), 4);
     char bytes[8];
     EXPECT_EQ(_FileUtility::fileRead(reader, bytes, 8), 4);
-    EXPECT_TRUE(_FileUtility::fileClose(writer));
-    EXPECT_EQ(_FileUtility::fileRead(reader, bytes, 8), 0);
     EXPECT_TRUE(_FileUtility::fileClose(reader));
+    EXPECT_EQ(_FileUtility::fileWrite(writer, "text", 4), -1);
+    EXPECT_EQ(lastError(), EPIPE);
+    sigset_t pending;
+    sigpending(&pending);
+    EXPECT_EQ(sigismember(&pending, SIGPIPE), 0);
+    EXPECT_TRUE(_FileUtility::fileClose(writer));
 }
 
 TEST_F(Files, StayOffTheStandardStreams) {
-    FileName const name = folder.put("file", "");
-    pid_t const child = fork();
-    if (child == 0) {
+    auto const openWithoutStreams = [name = folder.put("file", "")] {
         close(0);
         close(2);
-        std::int32_t const handle = _FileUtility::fileOpen(name, 2);
-        _exit(handle > 2 && fcntl(2, F_GETFD) == -1 ? 0 : 1);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
+        return _FileUtility::fileOpen(name, 2) > 2 && fcntl(2, F_GETFD) == -1 ? 0 : 1;
+    };
+    EXPECT_EQ(inChild(openWithoutStreams), 0);
 }
 
 TEST_F(Files, CarryTheAttributeBits) {
-    FileName const name = folder.put("file", "");
-    std::filesystem::create_directory(folder.path("folder"));
+    FileName const file = folder.put("file", "");
     FileName const directory = folder.name("folder");
-    auto const permissions = [&] {
-        return static_cast<unsigned int>(std::filesystem::status(folder.path("file")).permissions());
-    };
+    std::filesystem::create_directory(folder.path("folder"));
     chmod(folder.path("file").c_str(), 0664);
-    EXPECT_EQ(_FileUtility::fileGetAttr(name), 0x80);
-    EXPECT_EQ(_FileUtility::fileSetAttr(name, 0x80), 0);
-    EXPECT_EQ(permissions(), 0664u);
-    EXPECT_EQ(_FileUtility::fileSetAttr(name, 0x21), 0);
-    EXPECT_EQ(_FileUtility::fileGetAttr(name), 0x01);
-    EXPECT_EQ(permissions(), 0444u);
-    EXPECT_EQ(_FileUtility::fileSetAttr(name, 0), 0);
-    EXPECT_EQ(_FileUtility::fileGetAttr(name), 0x80);
-    EXPECT_EQ(permissions(), 0644u);
-    EXPECT_EQ(_FileUtility::fileGetAttr(directory), 0x10);
-    EXPECT_EQ(_FileUtility::fileSetAttr(directory, 0x01), 0);
-    EXPECT_EQ(_FileUtility::fileGetAttr(directory), 0x11);
-    EXPECT_EQ(_FileUtility::fileSetAttr(directory, 0x10), 0);
-    EXPECT_EQ(_FileUtility::fileGetAttr(folder.name("missing")), -1);
-    EXPECT_EQ(_FileUtility::fileSetAttr(folder.name("missing"), 0), ENOENT);
+    struct {
+        std::int32_t set, got;
+        mode_t mode;
+    } const cases[] = {{0x80, 0x80, 0664}, {0x21, 0x01, 0444}, {0x01, 0x01, 0444}, {0, 0x80, 0644}, {0x10, 0x80, 0644}};
+    for (auto const & [set, got, mode] : cases) {
+        EXPECT_EQ(_FileUtility::fileSetAttr(file, set), 0);
+        EXPECT_EQ(_FileUtility::fileGetAttr(file), got);
+        struct stat status {};
+        stat(folder.path("file").c_str(), &status);
+        EXPECT_EQ(status.st_mode & 07777, mode);
+    }
+    for (std::int32_t const bits : {0x11, 0x10}) {
+        EXPECT_EQ(_FileUtility::fileSetAttr(directory, bits), 0);
+        EXPECT_EQ(_FileUtility::fileGetAttr(directory), bits);
+    }
 }
 
 /// A zone for one test.
@@ -447,34 +353,24 @@ constexpr std::int32_t ageFrom(int year, int month, int day, int hour, int minut
 }
 
 constexpr char const * centralEurope = "CET-1CEST,M3.5.0,M10.5.0/3";
-constexpr char const * southAustralia = "ACST-9:30ACDT,M10.1.0,M4.1.0/3";
-constexpr char const * pacific = "PST8PDT,M3.2.0,M11.1.0";
 
 TEST_F(Files, GiveBackTheDateThatWasSet) {
     FileName const name = folder.put("file", "");
-    for (char const * const rules : {"UTC0", centralEurope, southAustralia, pacific}) {
+    for (char const * const rules :
+         {"UTC0", centralEurope, "ACST-9:30ACDT,M10.1.0,M4.1.0/3", "PST8PDT,M3.2.0,M11.1.0"}) {
         Zone const zone(rules);
         std::int32_t const handle = _FileUtility::fileOpen(name, 2);
-        int set = 0;
         int refused = 0;
-        // Every half hour of two years, so that both changes of the clock are met.
-        for (int step = 0; step < 2 * 372 * 48; ++step) {
+        // Every half hour of a leap year, so that both changes of the clock are met.
+        for (int step = 0; step < 372 * 48; ++step) {
             int const day = step / 48;
-            std::int32_t const age =
-                ageFrom(2024 + day / 372, 1 + day / 31 % 12, 1 + day % 31, step / 2 % 24, step % 2 * 30, 58);
+            std::int32_t const age = ageFrom(2024, 1 + day / 31, 1 + day % 31, step / 2 % 24, step % 2 * 30, 58);
             std::int32_t const result = _FileUtility::fileSetDate(handle, age);
-            if (result == 0) {
-                ++set;
-                ASSERT_EQ(_FileUtility::fileGetDate(handle), age) << rules;
-            } else {
-                ++refused;
-                ASSERT_EQ(result, EINVAL);
-            }
+            refused += result == EINVAL ? 1 : 0;
+            ASSERT_TRUE(result == EINVAL || (result == 0 && _FileUtility::fileGetDate(handle) == age)) << rules;
         }
-        // Left out: the days that no month has (13 in the two years), and the hours that the clock jumps over.
-        int const jumps = rules == std::string("UTC0") ? 0 : 2 * 2;
-        EXPECT_EQ(refused, 13 * 48 + jumps) << rules;
-        EXPECT_EQ(set, (366 + 365) * 48 - jumps) << rules;
+        // Left out: the days that no month has, and the hour that the clock jumps over.
+        EXPECT_EQ(refused, 6 * 48 + (rules == std::string("UTC0") ? 0 : 2)) << rules;
         EXPECT_EQ(_FileUtility::fileAge(name), _FileUtility::fileGetDate(handle));
         EXPECT_TRUE(_FileUtility::fileClose(handle));
     }
@@ -482,13 +378,12 @@ TEST_F(Files, GiveBackTheDateThatWasSet) {
 
 TEST_F(Files, TellDatesByTheRulesOfTheirOwnMoment) {
     FileName const name = folder.put("file", "");
-    std::string const path = folder.path("file").string();
     Zone const zone(centralEurope);
     struct {
         std::int64_t seconds;
         std::int32_t age;
     } const cases[] = {
-        {315529200, ageFrom(1980, 1, 1, 0, 0, 0)},       {315529199, -1},  {0, -1}, {-1, -1},
+        {315529200, ageFrom(1980, 1, 1, 0, 0, 0)},       {315529199, -1},  {-1, -1},
         {1705320001, ageFrom(2024, 1, 15, 13, 0, 0)}, // 12:00:01 UTC, winter
         {1721044803, ageFrom(2024, 7, 15, 14, 0, 2)}, // 12:00:03 UTC, summer
         {1729987200, ageFrom(2024, 10, 27, 2, 0, 0)}, // the clock shows it a first time
@@ -497,15 +392,12 @@ TEST_F(Files, TellDatesByTheRulesOfTheirOwnMoment) {
     };
     for (auto const & [seconds, age] : cases) {
         timespec const times[2] = {{12345, 6}, {seconds, 999999999}};
-        utimensat(AT_FDCWD, path.c_str(), times, 0);
+        utimensat(AT_FDCWD, folder.path("file").c_str(), times, 0);
         EXPECT_EQ(_FileUtility::fileAge(name), age) << seconds;
         EXPECT_EQ(_FileUtility::fileExists(name), age != -1);
         std::int32_t const handle = _FileUtility::fileOpen(name, 2);
+        EXPECT_EQ(_FileUtility::fileSetDate(handle, age) == 0, age != -1);
         EXPECT_EQ(_FileUtility::fileGetDate(handle), age);
-        if (age != -1) {
-            EXPECT_EQ(_FileUtility::fileSetDate(handle, age), 0);
-            EXPECT_EQ(_FileUtility::fileAge(name), age);
-        }
         struct stat status {};
         fstat(handle, &status);
         EXPECT_EQ(status.st_atim.tv_sec, 12345) << "other times stay";
@@ -515,35 +407,19 @@ TEST_F(Files, TellDatesByTheRulesOfTheirOwnMoment) {
 
 TEST(FatTimes, FailForWordsThatAreNoDate) {
     Zone const zone(centralEurope);
-    std::int32_t const cases[] = {
-        ageFrom(2024, 0, 1, 0, 0, 0),
-        ageFrom(2024, 13, 1, 0, 0, 0),
-        ageFrom(2024, 1, 0, 0, 0, 0),
-        ageFrom(2024, 4, 31, 0, 0, 0),
-        ageFrom(2023, 2, 29, 0, 0, 0),
-        ageFrom(2100, 2, 29, 0, 0, 0),
-        ageFrom(2024, 1, 1, 24, 0, 0),
-        ageFrom(2024, 1, 1, 0, 60, 0),
-        ageFrom(2024, 1, 1, 0, 0, 60),
-        ageFrom(2024, 3, 31, 2, 30, 0),
-        0,
-        -1,
-    };
-    for (std::int32_t const age : cases) {
-        std::int64_t seconds = 7;
-        setLastError(0);
+    for (std::int32_t const age :
+         {ageFrom(2024, 0, 1, 0, 0, 0), ageFrom(2024, 13, 1, 0, 0, 0), ageFrom(2024, 1, 0, 0, 0, 0),
+          ageFrom(2100, 2, 29, 0, 0, 0), ageFrom(2024, 1, 1, 24, 0, 0), ageFrom(2024, 1, 1, 0, 60, 0),
+          ageFrom(2024, 1, 1, 0, 0, 60), ageFrom(2024, 3, 31, 2, 30, 0)}) {
+        std::int64_t seconds = 0;
         EXPECT_FALSE(secondsFromFatTime(static_cast<std::uint32_t>(age), seconds)) << std::hex << age;
-        EXPECT_NE(lastError(), 0);
-        EXPECT_NE(_FileUtility::fileSetDate(1, age), 0);
     }
 }
 
 TEST(LastError, HasTheTextOfTheSystem) {
     unsigned short int text[64];
     std::size_t const count = lastErrorText(ENOENT, text, 64);
-    std::string const expected = strerror(ENOENT);
-    EXPECT_EQ(std::string(text, text + count), expected);
-    EXPECT_EQ(text[count], 0);
+    EXPECT_EQ(std::string(text, text + count + 1), strerror(ENOENT) + std::string(1, 0));
     EXPECT_EQ(lastErrorText(ENOENT, text, 6), 4u) << "cut, with room for a pair";
     EXPECT_EQ(text[4], 0);
     EXPECT_EQ(lastErrorText(987654, text, 64), 0u);

@@ -1,7 +1,7 @@
 #include <bit>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <morvane/streams/file_utility.h>
-#include <morvane/streams/memory_stream.h>
 #include <morvane/streams/persistant.h>
 #include <morvane/streams/reader.h>
 #include <morvane/strings/data_string.h>
@@ -49,44 +49,20 @@ TEST(Reader, ReadsWhatTheStreamReads) {
         {
             _Reader reader(ahead, bufferSize);
             while (plain.position < 2900) {
-                switch (random() % 10) {
-                case 0:
-                    ASSERT_EQ(reader.readByte(), plain.readByte());
-                    break;
-                case 1:
-                    ASSERT_EQ(reader.readChar(), plain.readChar());
-                    break;
-                case 2:
-                    ASSERT_EQ(reader.readBoolean(), plain.readBoolean());
-                    break;
-                case 3:
-                    ASSERT_EQ(reader.readWord(), plain.readWord());
-                    break;
-                case 4:
-                    ASSERT_EQ(reader.readShort(), plain.readShort());
-                    break;
-                case 5:
-                    ASSERT_EQ(reader.readLong(), plain.readLong());
-                    break;
-                case 6:
-                    ASSERT_EQ(reader.readLongWord(), plain.readLongWord());
-                    break;
-                case 7:
-                    ASSERT_EQ(reader.readValue(), DataType(plain.readLong()));
-                    break;
-                case 8: {
-                    std::uint32_t const count = static_cast<std::uint32_t>(random() % 20);
-                    ASSERT_EQ(bytesOf(reader.readText(count)), bytesOf(plain.readText(count)));
-                    break;
-                }
-                default: {
-                    // Compared by their bits: not every pattern equals itself as a number.
-                    ASSERT_EQ(std::bit_cast<std::uint32_t>(reader.readFloat()),
-                              std::bit_cast<std::uint32_t>(plain.readFloat()));
-                    ASSERT_EQ(std::bit_cast<std::uint64_t>(reader.readDouble()),
-                              std::bit_cast<std::uint64_t>(plain.readDouble()));
-                }
-                }
+                ASSERT_EQ(reader.readByte(), plain.readByte());
+                ASSERT_EQ(reader.readChar(), plain.readChar());
+                ASSERT_EQ(reader.readBoolean(), plain.readBoolean());
+                ASSERT_EQ(reader.readWord(), plain.readWord());
+                ASSERT_EQ(reader.readShort(), plain.readShort());
+                ASSERT_EQ(reader.readLong(), plain.readLong());
+                ASSERT_EQ(reader.readLongWord(), plain.readLongWord());
+                ASSERT_EQ(reader.readValue(), DataType(plain.readLong()));
+                // Compared by their bits: not every pattern equals itself as a number.
+                ASSERT_EQ(std::bit_cast<std::uint32_t>(reader.readFloat()), plain.readLongWord());
+                double const values[] = {reader.readDouble(), plain.readDouble()};
+                ASSERT_EQ(std::memcmp(&values[0], &values[1], sizeof values[0]), 0);
+                auto const count = static_cast<std::uint32_t>(random() % 20);
+                ASSERT_EQ(bytesOf(reader.readText(count)), bytesOf(plain.readText(count)));
             }
         }
         EXPECT_EQ(ahead.position, plain.position) << bufferSize;
@@ -98,17 +74,16 @@ TEST(Reader, FailsBeyondTheEndAsTheStreamDoes) {
         RecordingStream stream(numberedBytes(10));
         {
             _Reader reader(stream, bufferSize);
-            reader.readLong();
-            reader.readWord();
-            reader.readByte();
+            reader.readText(7);
             char target[4] = "...";
             EXPECT_TRUE(fails([&] { reader.read(target, 4); })) << bufferSize;
             EXPECT_EQ(std::string(target, 3), stream.bytes.substr(7)) << "what was left has been taken";
             EXPECT_TRUE(fails([&] { reader.readByte(); }));
             EXPECT_TRUE(fails([&] { reader.read(target, -1); }));
-            EXPECT_EQ(reader.read(target, 0), 0);
         }
         EXPECT_EQ(stream.position, 10);
+        stream.position = 12;
+        EXPECT_TRUE(fails([&] { _Reader(stream, bufferSize).readByte(); }));
     }
 }
 
@@ -121,9 +96,8 @@ TEST(Reader, LeavesTheStreamWhereTheReadingStandsAfterAFailure) {
         EXPECT_TRUE(fails([&] { reader.readLong(); }));
         EXPECT_EQ(stream.position, 1);
         stream.mostMoved = 20;
-        EXPECT_EQ(reader.readByte(), static_cast<unsigned char>(stream.bytes[1]));
+        EXPECT_EQ(reader.readChar(), stream.bytes[1]);
     }
-    EXPECT_EQ(stream.position, 2);
     stream.mostMoved = 2;
     EXPECT_TRUE(fails([&] { _Reader(stream, 4); }));
     EXPECT_EQ(stream.position, 2);
@@ -138,16 +112,6 @@ TEST(Reader, ReadsStreamsThatCannotTellTheirSize) {
     EXPECT_TRUE(fails([&] { reader.readByte(); }));
 }
 
-TEST(Reader, MayStandPastTheEnd) {
-    unsigned char bytes[4]{};
-    _MemoryStream stream(bytes, 4);
-    for (std::int32_t const position : {4, 100}) {
-        stream.setPosition(position);
-        _Reader reader(stream, 8);
-        EXPECT_TRUE(fails([&] { reader.readByte(); }));
-    }
-}
-
 TEST(Reader, BelievesNoStoredLength) {
     RecordingStream stream;
     stream.writeString("text");
@@ -158,7 +122,6 @@ TEST(Reader, BelievesNoStoredLength) {
     EXPECT_EQ(bytesOf(reader.readString()), "text");
     EXPECT_TRUE(fails([&] { reader.readString(); }));
     EXPECT_TRUE(fails([&] { reader.readString(); }));
-    EXPECT_TRUE(fails([&] { reader.readText(0x80000000); }));
 }
 
 TEST(Reader, GivesBackOnceAmongCopies) {
@@ -166,19 +129,17 @@ TEST(Reader, GivesBackOnceAmongCopies) {
     RecordingStream other(numberedBytes(20));
     std::optional<_Reader> first(std::in_place, stream, 8);
     std::optional<_Reader> second(*first);
+    std::optional<_Reader> third(std::in_place, other, 8);
     first->readByte();
     second->readWord();
     stream.calls();
-    first.reset();
-    EXPECT_EQ(stream.calls(), "");
-    std::optional<_Reader> third(std::in_place, other, 8);
-    third->readByte();
     other.calls();
+    first.reset();
     *third = *second;
     *third = *&*third;
-    EXPECT_EQ(other.calls(), "c-7 ") << "assignment lets go";
+    EXPECT_EQ(other.calls(), "c-8 ") << "assignment lets go";
     second.reset();
-    EXPECT_EQ(third->readByte(), static_cast<unsigned char>(stream.bytes[2]));
+    EXPECT_EQ(third->readChar(), stream.bytes[2]);
     EXPECT_EQ(stream.calls(), "");
     third.reset();
     EXPECT_EQ(stream.calls(), "c-5 ");
@@ -198,9 +159,10 @@ public:
     std::string text;
 };
 
-TEST(Persistant, CarriesAnObjectThroughAFile) {
+TEST(Persistant, CarriesAnObjectThroughAFileThatItCloses) {
     TemporaryFolder const folder;
     FileName const name = folder.put("file", "former, longer text");
+    auto const isClosed = [&] { return _FileUtility::fileClose(_FileUtility::fileOpen(name, 2)); };
     Note note;
     note.text = "text";
     EXPECT_TRUE(note._saveToFile(name));
@@ -210,30 +172,20 @@ TEST(Persistant, CarriesAnObjectThroughAFile) {
     EXPECT_EQ(loaded.text, "text");
     EXPECT_FALSE(loaded._loadFromFile(folder.name("missing")));
     EXPECT_TRUE(fails([&] { note._saveToFile(folder.name("missing/file")); }));
-}
-
-TEST(Persistant, ClosesTheFileWhateverHappens) {
-    TemporaryFolder const folder;
-    FileName const name = folder.put("file", "\4");
-    auto const isClosed = [&] {
-        std::int32_t const handle = _FileUtility::fileOpen(name, 2);
-        return handle >= 0 && _FileUtility::fileClose(handle);
-    };
-    EXPECT_TRUE(fails([&] { Note()._loadFromFile(name); }));
+    folder.put("file", "\4");
+    EXPECT_TRUE(fails([&] { loaded._loadFromFile(name); }));
     EXPECT_TRUE(isClosed());
     std::int32_t const handle = _FileUtility::fileOpen(name, 0);
-    EXPECT_TRUE(fails([&] { Note()._loadFromFile(name); }));
-    EXPECT_TRUE(fails([&] { Note()._saveToFile(name); }));
+    EXPECT_TRUE(fails([&] { loaded._loadFromFile(name); }));
+    EXPECT_TRUE(fails([&] { note._saveToFile(name); }));
     _FileUtility::fileClose(handle);
-
     _Persistant base;
     EXPECT_FALSE(base._loadFromFile(name));
     EXPECT_FALSE(base._saveToFile(name));
     EXPECT_EQ(folder.get("file"), "");
     EXPECT_TRUE(isClosed());
     EXPECT_EQ(bytesOf(base._toString()), "");
-    EXPECT_TRUE(base._deepCopy(_Object()));
-    EXPECT_TRUE(base._isEqual(_Object()));
+    EXPECT_TRUE(base._deepCopy(_Object()) && base._isEqual(_Object()));
 }
 
 } // namespace

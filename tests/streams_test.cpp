@@ -1,10 +1,8 @@
-#include <cmath>
-#include <cstdint>
+#include <algorithm>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <limits>
 #include <morvane/core/lifecycle.h>
-#include <morvane/core/literals.h>
 #include <morvane/core/memory.h>
 #include <morvane/streams/file_stream.h>
 #include <morvane/streams/file_utility.h>
@@ -15,7 +13,6 @@
 #include <temporary_folder.h>
 #include <unistd.h>
 
-using namespace morvane::literals;
 using namespace std::string_literals;
 
 namespace {
@@ -61,93 +58,63 @@ TEST(Stream, StoresValuesLeastSignificantByteFirst) {
     EXPECT_EQ(stream.getPosition(), stream.getSize());
     EXPECT_TRUE(fails([&] { stream.readByte(); }));
 
-    RecordingStream booleans("\2\x80"s + '\0');
-    EXPECT_TRUE(booleans.readBoolean());
+    RecordingStream booleans("\x80"s + '\0');
     EXPECT_TRUE(booleans.readBoolean());
     EXPECT_FALSE(booleans.readBoolean());
 }
 
 TEST(Stream, CallsTheVirtualOperationsInAFixedOrder) {
-    RecordingStream stream("0123456789");
+    RecordingStream stream("0123456");
     char buffer[4];
-    stream.position = 3;
-    EXPECT_EQ(stream.getSize(), 10);
-    EXPECT_EQ(stream.calls(), "c0 e0 b3 ");
-    EXPECT_EQ(stream.getPosition(), 3);
-    stream.setPosition(5);
-    stream.seekToEnd();
-    stream.seekToBegin();
-    EXPECT_EQ(stream.calls(), "c0 b5 e0 b0 ");
+    stream.position = 4;
+    EXPECT_EQ(stream.getSize(), 7);
+    EXPECT_EQ(stream.calls(), "c0 e0 b4 ");
+    EXPECT_TRUE(fails([&] { stream.readLong(); }));
+    EXPECT_EQ(stream.getPosition(), 7) << "what a short transfer moved stays moved";
+    stream.mostMoved = 1;
+    EXPECT_TRUE(fails([&] { stream.writeWord(0x4141); }));
+    EXPECT_EQ(stream.bytes, "0123456A");
+    EXPECT_EQ(stream.calls(), "r4 c0 w2 ");
     EXPECT_EQ(stream.readBuffer(buffer, 0), 0);
     EXPECT_EQ(stream.writeBuffer(nullptr, 0), 0);
     EXPECT_TRUE(fails([&] { stream.readBuffer(buffer, -1); }));
     EXPECT_TRUE(fails([&] { stream.writeBuffer(buffer, smallest); }));
-    stream.setSize(3);
     EXPECT_EQ(stream.calls(), "");
-}
-
-TEST(Stream, LeavesMovedWhatAShortTransferMoved) {
-    RecordingStream stream("0123456");
-    stream.position = 4;
-    EXPECT_TRUE(fails([&] { stream.readLong(); }));
-    EXPECT_EQ(stream.position, 7);
-    stream.mostMoved = 1;
-    EXPECT_TRUE(fails([&] { stream.writeWord(0x4141); }));
-    EXPECT_EQ(stream.bytes, "0123456A");
 }
 
 TEST(Stream, CopiesInBlocksOfBoundedSize) {
     struct {
-        std::size_t size;
-        std::int32_t count;
-        char const * sourceCalls;
-        char const * targetCalls;
+        std::int32_t size, count;
+        char const *sourceCalls, *targetCalls;
     } const cases[] = {
         {61440, 61440, "r61440 ", "w61440 "},
         {61441, 61441, "r61440 r1 ", "w61440 w1 "},
         {130000, 0, "b0 c0 e0 b0 r61440 r61440 r7120 ", "w61440 w61440 w7120 "},
         {0, 0, "b0 c0 e0 b0 ", ""},
         {10, 4, "r4 ", "w4 "},
+        {61441, 61442, "r61440 r2 ", "w61440 "},
+        {10, -1, "", ""},
     };
-    for (auto const & [size, count, sourceCalls, targetCalls] : cases) {
-        RecordingStream source(std::string(size, 'x'));
+    for (auto const & row : cases) {
+        RecordingStream source(std::string(static_cast<std::size_t>(row.size), 'x'));
         RecordingStream target;
-        if (count == 0) {
-            source.position = static_cast<std::int32_t>(size / 2);
-        }
-        std::int32_t const copied = count != 0 ? count : static_cast<std::int32_t>(size);
-        EXPECT_EQ(target.copyFrom(source, count), copied);
-        EXPECT_EQ(source.calls(), sourceCalls);
-        EXPECT_EQ(target.calls(), targetCalls);
-        EXPECT_EQ(target.bytes, std::string(static_cast<std::size_t>(copied), 'x'));
+        source.position = row.count == 0 ? row.size / 2 : 0;
+        std::int32_t copied = -1;
+        EXPECT_EQ(fails([&] { copied = target.copyFrom(source, row.count); }), row.count < 0 || row.count > row.size);
+        EXPECT_TRUE(copied == -1 || copied == (row.count != 0 ? row.count : row.size));
+        EXPECT_EQ(source.calls(), row.sourceCalls);
+        EXPECT_EQ(target.calls(), row.targetCalls);
     }
-    RecordingStream source(std::string(70000, 'x'));
-    RecordingStream target;
-    EXPECT_TRUE(fails([&] { target.copyFrom(source, 70001); }));
-    EXPECT_EQ(target.bytes.size(), 61440u);
-    EXPECT_TRUE(fails([&] { target.copyFrom(source, -1); }));
-    source.seekable = false;
-    EXPECT_TRUE(fails([&] { target.copyFrom(source, 0); })) << "a size that nobody can tell";
 }
 
 TEST(Stream, BelievesNoStoredLength) {
-    auto const stored = [](std::int32_t length, std::size_t size) {
-        RecordingStream stream;
-        stream.writeLong(length);
-        stream.bytes += std::string(size, 'x');
-        stream.position = 0;
-        stream.calls();
-        return stream;
-    };
     struct {
         std::int32_t length;
         std::size_t size;
-        bool seekable;
-        bool succeeds;
+        bool seekable, succeeds;
         char const * calls;
     } const cases[] = {
         {-1, 10, true, false, "r4 "},
-        {smallest, 10, true, false, "r4 "},
         {3, 2, true, false, "r4 r3 "},
         {65536, 65536, true, true, "r4 r65536 "},
         {65537, 65537, true, true, "r4 c0 e0 b4 r65537 "},
@@ -155,76 +122,57 @@ TEST(Stream, BelievesNoStoredLength) {
         {largest, 70000, false, false, "r4 c0 e0 b-1 r65536 r65536 "},
         {140000, 140000, false, true, "r4 c0 e0 b-1 r65536 r65536 r8928 "},
     };
-    for (auto const & [length, size, seekable, succeeds, calls] : cases) {
-        RecordingStream stream = stored(length, size);
-        stream.seekable = seekable;
+    for (auto const & row : cases) {
+        RecordingStream stream;
+        stream.writeLong(row.length);
+        stream.bytes += std::string(row.size, 'x');
+        stream.position = 0;
+        stream.calls();
+        stream.seekable = row.seekable;
         std::string text;
-        EXPECT_EQ(!fails([&] { text = bytesOf(stream.readString()); }), succeeds) << length;
-        EXPECT_EQ(text, std::string(succeeds ? size : 0, 'x'));
-        EXPECT_EQ(stream.calls(), calls);
+        EXPECT_EQ(fails([&] { text = bytesOf(stream.readString()); }), !row.succeeds) << row.length;
+        EXPECT_EQ(text, std::string(row.succeeds ? row.size : 0, 'x'));
+        EXPECT_EQ(stream.calls(), row.calls);
     }
-    RecordingStream stream("text");
-    EXPECT_TRUE(fails([&] { stream.readText(0xFFFFFFFF); }));
-    EXPECT_EQ(stream.position, 0);
+    EXPECT_TRUE(fails([] { RecordingStream("text").readText(0xFFFFFFFF); }));
 }
 
 TEST(MemoryStream, MovesWhatLiesInsideItsBlock) {
-    struct {
-        std::int32_t position, count, moved;
-    } const cases[] = {
-        {0, 10, 10},      {0, 11, 10},           {4, 6, 6},  {4, largest, 6},        {9, 2, 1}, {10, 1, 0},
-        {11, 1, 0},       {largest, largest, 0}, {-1, 5, 0}, {smallest, largest, 0}, {3, 0, 0}, {3, -1, 0},
-        {3, smallest, 0},
-    };
+    constexpr std::int32_t cases[][3] = {
+        {0, 10, 10},           {0, 11, 10}, {4, 6, 6}, {4, largest, 6},  {9, 2, 1},  {10, 1, 0},
+        {largest, largest, 0}, {-1, 5, 0},  {3, 0, 0}, {smallest, 1, 0}, {3, -1, 0}, {3, smallest, 0}};
     for (auto const & [position, count, moved] : cases) {
-        unsigned char bytes[10] = {'0', '1', '2', '3', '4', '5', '6', '7', '8', '9'};
+        unsigned char bytes[] = "0123456789";
         _MemoryStream stream(bytes, 10);
         char buffer[17] = "................";
         EXPECT_EQ(stream.seek(position, _Stream::seekBegin), position);
         EXPECT_EQ(stream.read(buffer, count), moved) << position << ' ' << count;
         EXPECT_EQ(stream.getPosition(), position + moved);
-        std::string const inside =
-            moved > 0 ? "0123456789"s.substr(static_cast<std::size_t>(position), static_cast<std::size_t>(moved)) : "";
-        EXPECT_EQ(std::string(buffer, 16), inside + std::string(16 - inside.size(), '.'));
+        EXPECT_EQ(std::count(buffer, buffer + 16, '.'), 16 - moved);
+        EXPECT_TRUE(moved == 0 || buffer[moved - 1] == '0' + position + moved - 1);
         stream.setPosition(position);
         EXPECT_EQ(stream.write("xxxxxxxxxxxxxxxx", count), moved);
         EXPECT_EQ(std::count(bytes, bytes + 10, 'x'), moved);
-        if (count > moved) {
-            std::int32_t const whole = count;
-            EXPECT_TRUE(fails([&] { stream.readBuffer(buffer, whole); }));
-        }
     }
-}
-
-TEST(MemoryStream, SeeksAnywhere) {
-    unsigned char bytes[10]{};
-    _MemoryStream stream(bytes, 10);
-    EXPECT_EQ(stream.seek(-1, _Stream::seekEnd), 9);
-    EXPECT_EQ(stream.seek(0, _Stream::seekEnd), 10);
-    EXPECT_EQ(stream.seek(5, _Stream::seekCurrent), 15);
-    EXPECT_EQ(stream.seek(-20, _Stream::seekCurrent), -5);
-    EXPECT_EQ(stream.seek(7, static_cast<_Stream::SeekOrigin>(3)), -5);
-    EXPECT_EQ(stream.seek(7, static_cast<_Stream::SeekOrigin>(-1)), -5);
-    EXPECT_EQ(stream.seek(largest, _Stream::seekEnd), smallest + 9);
-    EXPECT_EQ(stream.seek(smallest, _Stream::seekCurrent), 9);
-    EXPECT_EQ(stream.getSize(), 10);
-}
-
-TEST(MemoryStream, HoldsNothingWithoutABlock) {
-    char buffer[4];
     for (std::int32_t const size : {-1, smallest}) {
         _MemoryStream stream(size);
-        EXPECT_EQ(stream.read(buffer, 4), 0);
-        EXPECT_EQ(stream.getSize(), size);
+        EXPECT_EQ(stream.write("text", 4), 0);
         stream.setSize(4);
         EXPECT_EQ(stream.write("text", 4), 4);
         stream.setSize(size);
-        stream.setPosition(0);
-        EXPECT_EQ(stream.write("text", 4), 0);
+        EXPECT_EQ(stream.getSize(), size);
     }
-    _MemoryStream null(nullptr, 10);
-    EXPECT_EQ(null.read(buffer, 4), 0);
-    EXPECT_EQ(null.write(buffer, 4), 0);
+    EXPECT_EQ(_MemoryStream(nullptr, 10).write("text", 4), 0);
+}
+
+TEST(MemoryStream, SeeksAnywhere) {
+    _MemoryStream stream(10);
+    constexpr std::int32_t cases[][3] = {
+        {-1, 2, 9},      {0, 2, 10}, {5, 1, 15}, {-20, 1, -5}, {7, 3, -5}, {7, -1, -5}, {largest, 2, smallest + 9},
+        {smallest, 1, 9}};
+    for (auto const & [offset, origin, position] : cases) {
+        EXPECT_EQ(stream.seek(offset, static_cast<_Stream::SeekOrigin>(origin)), position) << offset << ' ' << origin;
+    }
 }
 
 /// The calls of the counted heap since the last question.
@@ -244,53 +192,39 @@ TEST(MemoryStream, SharesItsBlockWithItsCopies) {
     HeapCalls calls;
     {
         std::optional<_MemoryStream> first(std::in_place);
-        EXPECT_EQ(calls.news(), "1 0");
-        EXPECT_EQ(first->getSize(), 1024);
         EXPECT_EQ(bytesOf(first->readText(1024)), std::string(1024, '\0'));
+        first->seekToBegin();
         _MemoryStream second(*first);
-        second.setPosition(1);
-        first->setPosition(0);
-        first->writeText("shared");
-        EXPECT_EQ(second.readChar(), 'h');
         _MemoryStream third(4);
-        EXPECT_EQ(calls.news(), "1 0");
+        EXPECT_EQ(calls.news(), "2 0");
         third = *first;
-        third = *&third;
+        third.writeText("shared");
+        EXPECT_EQ(first->readChar(), 's');
         first.reset();
-        EXPECT_EQ(third.getPosition(), 6);
-        third.setPosition(0);
-        EXPECT_EQ(bytesOf(third.readText(6)), "shared");
         EXPECT_EQ(calls.news(), "0 0") << "neither a destructor nor an assignment gives back through the counts";
-        third.setPosition(8);
         third.setSize(4);
         EXPECT_EQ(calls.news(), "1 0") << "the other stream still stands over the former block";
-        EXPECT_EQ(third.getPosition(), 8);
-        EXPECT_EQ(second.readChar(), 'a');
-        second.setSize(6);
+        EXPECT_EQ(third.getPosition(), 6);
+        EXPECT_EQ(bytesOf(second.readText(6)), "shared");
+        second.setSize(12);
         EXPECT_EQ(calls.news(), "1 1");
-        second.setPosition(0);
         EXPECT_EQ(bytesOf(second.readText(6)), std::string(6, '\0'));
     }
     EXPECT_EQ(calls.news(), "0 0");
 }
 
 TEST(MemoryStream, LeavesTheBytesOfTheCallerToTheCaller) {
+    unsigned char bytes[] = "caller";
     HeapCalls calls;
-    unsigned char bytes[6] = {'c', 'a', 'l', 'l', 'e', 'r'};
     {
         _MemoryStream stream(bytes, 6);
         stream.writeText("C");
-        EXPECT_EQ(bytes[0], 'C');
-        stream.setSize(3);
-        stream.setPosition(0);
+        stream.setSize(6);
         stream.writeText("own");
-        EXPECT_EQ(bytes[0], 'C');
         EXPECT_EQ(calls.news(), "1 0");
         stream.set_pointer(bytes);
-        stream.set_size(6);
-        stream.set_delta(1);
-        stream.set_position(3);
-        EXPECT_EQ(bytesOf(stream.readText(3)), "ler");
+        stream.set_position(0);
+        EXPECT_EQ(bytesOf(stream.readText(6)), "Caller");
     }
     EXPECT_EQ(calls.news(), "0 0");
 }
@@ -302,29 +236,27 @@ TEST(FileStream, ReadsAndWritesTheFile) {
         _FileStream stream(name, 0xFFFF);
         EXPECT_EQ(stream.getSize(), 0);
         stream.writeString("text");
-        stream.setSize(20);
-        EXPECT_EQ(stream.getPosition(), 20);
-        stream.setSize(8);
-        EXPECT_EQ(stream.getPosition(), 8);
+        for (std::int32_t const size : {20, 8, 0, 8}) {
+            stream.setSize(size);
+            EXPECT_EQ(stream.getPosition(), size);
+            EXPECT_EQ(stream.getSize(), size);
+        }
         stream.setPosition(5);
         stream.setSize(-1);
-        EXPECT_EQ(stream.getPosition(), 5) << "a size that cannot be cuts nothing";
-        EXPECT_EQ(stream.getSize(), 8);
+        EXPECT_EQ(stream.getPosition(), 5);
+        EXPECT_EQ(stream.getSize(), 8) << "a size that cannot be cuts nothing";
         EXPECT_EQ(stream.write("text", -1), 0);
-        EXPECT_TRUE(fails([&] { _FileStream(name, 0); })) << "created without sharing";
     }
     _FileStream stream(name, 0);
     EXPECT_TRUE(fails([&] { stream.writeByte(1); }));
-    EXPECT_EQ(bytesOf(stream.readString()), "text");
+    stream.setSize(2);
+    stream.setPosition(0);
+    EXPECT_EQ(bytesOf(stream.readText(8)), std::string(8, '\0')) << "opened for reading";
     EXPECT_EQ(stream.read(nullptr, 1), 0);
     EXPECT_TRUE(fails([&] { stream.readByte(); }));
-    stream.setSize(2);
-    EXPECT_EQ(stream.getSize(), 8) << "opened for reading";
-    for (std::uint32_t const mode : {0u, 3u, 0x50u, 0xFFF0u}) {
-        EXPECT_TRUE(fails([&] { _FileStream(folder.name("missing"), mode); }));
+    for (std::uint32_t const mode : {0u, 3u, 0x50u, 0xFFFFu}) {
+        EXPECT_TRUE(fails([&] { _FileStream(folder.name("missing/file"), mode); }));
     }
-    EXPECT_TRUE(fails([&] { _FileStream(folder.name("missing/file"), 0xFFFF); }));
-    EXPECT_TRUE(fails([&] { _FileStream(nullptr, 0); }));
 }
 
 TEST(FileStream, ClosesOnceWithItsLastCopy) {
@@ -335,56 +267,34 @@ TEST(FileStream, ClosesOnceWithItsLastCopy) {
     std::optional<_FileStream> first(std::in_place, name, 0u);
     std::optional<_FileStream> second(*first);
     first.reset();
-    EXPECT_TRUE(isOpen(name));
     EXPECT_EQ(second->readByte(), '0');
     std::optional<_FileStream> third(std::in_place, other, 0u);
-    EXPECT_TRUE(isOpen(other));
+    EXPECT_TRUE(isOpen(name) && isOpen(other));
     *third = *second;
     *third = *&*third;
     EXPECT_FALSE(isOpen(other));
     second.reset();
-    EXPECT_EQ(third->readByte(), '1');
     _HandleStream bare(*third);
-    EXPECT_EQ(bare.readByte(), '2');
+    EXPECT_EQ(bare.readByte(), '1');
     third.reset();
     EXPECT_FALSE(isOpen(name));
     EXPECT_EQ(bare.seek(0, _Stream::seekBegin), -1);
 }
 
 TEST(HandleStream, WorksOverHandlesOfTheSystem) {
-    int ends[2];
-    ASSERT_EQ(pipe(ends), 0);
-    {
-        _HandleStream reading(ends[0]);
-        _HandleStream writing(ends[1]);
-        writing.writeString("text");
-        EXPECT_EQ(bytesOf(reading.readString()), "text");
-        EXPECT_EQ(reading.seek(0, _Stream::seekCurrent), -1);
-        EXPECT_EQ(reading.getSize(), -1);
-        writing.setSize(0);
-    }
-    EXPECT_TRUE(_FileUtility::fileClose(ends[0]));
-    EXPECT_TRUE(_FileUtility::fileClose(ends[1]));
-    _HandleStream none;
-    char byte = 0;
-    EXPECT_EQ(none.read(&byte, 1), 0);
-    EXPECT_EQ(none.write(&byte, 1), 0);
-    EXPECT_EQ(none.seek(0, _Stream::seekBegin), -1);
-    none.setSize(1);
-}
-
-TEST(HandleStream, ReadsALongTextFromAPipe) {
-    TemporaryFolder const folder;
     std::string const text(200000, 'x');
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
     fcntl(ends[1], F_SETPIPE_SZ, 1 << 18);
-    _HandleStream writing(ends[1]);
-    writing.writeString(text.c_str());
-    close(ends[1]);
-    _HandleStream reading(ends[0]);
-    EXPECT_EQ(bytesOf(reading.readString()), text);
-    close(ends[0]);
+    _HandleStream(ends[1]).writeString(text.c_str());
+    EXPECT_EQ(_HandleStream(ends[0]).getSize(), -1);
+    EXPECT_EQ(bytesOf(_HandleStream(ends[0]).readString()), text);
+    EXPECT_TRUE(_FileUtility::fileClose(ends[0]));
+    EXPECT_TRUE(_FileUtility::fileClose(ends[1]));
+    _HandleStream none;
+    none.setSize(1);
+    EXPECT_EQ(none.write("", 1), 0);
+    EXPECT_EQ(none.getSize(), -1);
 }
 
 } // namespace

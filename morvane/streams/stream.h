@@ -90,7 +90,8 @@ public:
     void writeFloat(float value);
     /// Writes the value; 8 bytes.
     void writeDouble(double value);
-    /// Writes the length of `text` as a 32-bit number, then its bytes without the closing zero. Null reads as empty text.
+    /// Writes the length of `text` as a 32-bit number, then its bytes without the closing zero. Null reads as empty
+    /// text.
     void writeString(char const * text);
     /// Writes the bytes of `text` alone, without the closing zero. Null reads as empty text.
     void writeText(char const * text);
