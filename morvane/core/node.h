@@ -15,5 +15,5 @@ public:
     _Node & operator=(_Node const & other);
 
 private:
-    std::uint32_t words[3];
+    [[maybe_unused]] std::uint32_t words[3];
 };

@@ -19,5 +19,5 @@ public:
     virtual void run();
 
 private:
-    std::uint32_t word;
+    [[maybe_unused]] std::uint32_t word;
 };
