@@ -127,11 +127,13 @@ std::size_t modulePath(HINSTANCE__ * module, unsigned short int * buffer, std::s
     bool const isKnown = handle == nullptr || findEntry(isModule) != nullptr;
     if (isKnown && path[0] == 0) {
         programPath(path);
-    } else if (isKnown && path[0] != '/') {
-        char absolute[pathSize];
-        std::strcpy(path, realpath(path, absolute) != nullptr ? absolute : "");
     }
-    return widenUtf8(path, buffer, capacity);
+    char absolute[pathSize] = "";
+    bool const isRelative = path[0] != 0 && path[0] != '/';
+    if (isRelative && realpath(path, absolute) == nullptr) {
+        absolute[0] = 0;
+    }
+    return widenUtf8(isRelative ? absolute : path, buffer, capacity);
 }
 
 } // namespace morvane::platform
