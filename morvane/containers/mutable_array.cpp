@@ -103,9 +103,14 @@ void _MutableArray::removeAll() {
 }
 
 void _MutableArray::freeExtra() {
-    if (size != 0) {
-        leave();
+    if (size == 0) {
+        return;
     }
+    if (list != nullptr && deleteAll_ && ListBlock::of(list).owners == 1) {
+        // What those that left have added is no item of this array and nobody else's any more.
+        deleteItems(get_count());
+    }
+    leave();
 }
 
 void _MutableArray::insertAt(std::uint32_t, void *) {}
@@ -223,7 +228,7 @@ void _MutableArray::letGo() {
     }
     if (deleteAll_) {
         if (ListBlock::of(list).owners == 1) {
-            deleteItems();
+            deleteItems(0);
         } else {
             ListBlock & block = ListBlock::of(list);
             block.leftCount = std::max(block.leftCount, std::min(get_count(), block.capacity));
@@ -232,9 +237,9 @@ void _MutableArray::letGo() {
     leave();
 }
 
-void _MutableArray::deleteItems() {
+void _MutableArray::deleteItems(std::uint32_t from) {
     // The destructors of the items may use this array, so nothing of it is remembered from one to the next.
-    for (std::uint32_t index = 0; list != nullptr; ++index) {
+    for (std::uint32_t index = from; list != nullptr; ++index) {
         ListBlock & block = ListBlock::of(list);
         if (index >= std::min(std::max(get_count(), block.leftCount), block.capacity)) {
             break;

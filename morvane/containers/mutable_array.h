@@ -115,8 +115,8 @@ private:
     void letGo();
     /// The same without a look at the items.
     void leave();
-    /// Deletes the items of all that shared the list; the others read null then.
-    void deleteItems();
+    /// Deletes the items of all that shared the list, those in front of `from` but for; the others read null then.
+    void deleteItems(std::uint32_t from);
     /// Lets go of the list and becomes a copy of `other`, with this flag.
     void assign(_MutableArray const & other, bool ownsItems);
     /// Sets the flag, and tells the list so.

@@ -1,0 +1,588 @@
+#include "counting_heap.h"
+
+#include <array>
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <memory>
+#include <morvane/containers/container.h>
+#include <morvane/containers/mutable_array.h>
+#include <morvane/containers/stack.h>
+#include <morvane/core/lifecycle.h>
+#include <morvane/core/memory.h>
+#include <random>
+#include <set>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using counting_heap::LeakCheck;
+
+constexpr std::uint32_t none = 0xFFFFFFFF;
+
+/// An object that notes its end.
+class Mark : public _Object {
+public:
+    static inline std::set<Mark const *> live;
+    static inline std::vector<int> ended;
+
+    explicit Mark(int number_ = 0) : number(number_) { live.insert(this); }
+    Mark(Mark const &) = delete;
+    ~Mark() override {
+        EXPECT_EQ(live.erase(this), 1u) << "deleted twice";
+        ended.push_back(number);
+    }
+    Mark & operator=(Mark const &) = delete;
+
+    /// The numbers of those that ended since the last call, in their order.
+    static std::vector<int> takeEnded() { return std::exchange(ended, {}); }
+
+    int number;
+};
+
+/// Plain pointers to tell apart.
+std::array<int, 64> targets;
+
+void fill(_MutableArray & array, int count) {
+    for (int index = 0; index < count; ++index) {
+        array.add(&targets[static_cast<std::size_t>(index)]);
+    }
+}
+
+void fill(_Container & container, int first, int last) {
+    for (int number = first; number <= last; ++number) {
+        container.addObject(new Mark(number));
+    }
+}
+
+std::vector<int> numbersOf(_Container const & container) {
+    std::vector<int> numbers;
+    for (std::uint32_t index = 0; index < container.get_count(); ++index) {
+        auto const * const mark = static_cast<Mark const *>(container.getObject(index));
+        numbers.push_back(mark == nullptr ? 0 : mark->number);
+    }
+    return numbers;
+}
+
+/// Lets a test set the count, and sees which virtual operations are called.
+class SeenArray : public _MutableArray {
+public:
+    using _MutableArray::_MutableArray;
+    using _MutableArray::get_list;
+    using _MutableArray::set_count;
+
+    void * getItem(std::uint32_t index) const override {
+        calls.push_back({'g', index});
+        return _MutableArray::getItem(index);
+    }
+    void deleteAll() override {
+        calls.push_back({'D', 0});
+        _MutableArray::deleteAll();
+    }
+    void deleteAt(std::uint32_t index, std::uint32_t number) override { calls.push_back({'d', index + 100 * number}); }
+
+    mutable std::vector<std::pair<char, std::uint32_t>> calls;
+};
+
+using Calls = std::vector<std::pair<char, std::uint32_t>>;
+
+TEST(MutableArray, IsSeenToGrowByDelta) {
+    LeakCheck const check;
+    struct Case {
+        std::uint32_t size, delta;
+        std::vector<std::uint32_t> sizes;
+    };
+    for (Case const & test : {Case{0, 4, {4, 4, 4, 4, 8, 8}}, Case{3, 2, {3, 3, 3, 5, 5, 7}}, Case{0, 0, {1, 2, 3, 4}},
+                              Case{1, 1000, {1, 1001}}}) {
+        _MutableArray array(test.size, test.delta);
+        EXPECT_EQ(array.get_count(), 0u);
+        for (std::uint32_t index = 0; index < test.sizes.size(); ++index) {
+            EXPECT_EQ(array.add(&targets[index]), index);
+            EXPECT_EQ(array.get_size(), test.sizes[index]);
+        }
+        for (std::uint32_t index = 0; index < array.get_size() + 3; ++index) {
+            EXPECT_EQ(array[index], index < test.sizes.size() ? &targets[index] : nullptr);
+        }
+    }
+}
+
+TEST(MutableArray, TakesNoMemoryWhileEmptyAndFewBlocksWhileGrowing) {
+    LeakCheck const check;
+    long const before = counting_heap::requests();
+    {
+        _MutableArray const array;
+        _Container const container;
+        _Container const copy(container);
+        EXPECT_EQ(counting_heap::requests(), before);
+    }
+    _MutableArray array;
+    for (int index = 0; index < 1000000; ++index) {
+        array.add(&targets[0]);
+    }
+    EXPECT_EQ(array.get_size(), 1000000u);
+    EXPECT_LT(counting_heap::requests() - before, 40);
+}
+
+TEST(MutableArray, ReadsNullAndStoresNothingOutsideItsSize) {
+    LeakCheck const check;
+    _MutableArray array(3, 4);
+    for (std::uint32_t index : {0u, 2u, 3u, 4u, none}) {
+        array.setItem(index, &targets[index % 64]);
+        EXPECT_EQ(array.getItem(index), index < 3 ? &targets[index] : nullptr);
+    }
+    array.removeAt(2, none);
+    array.removeAt(none, none);
+    EXPECT_EQ(array.getItem(0), &targets[0]);
+    EXPECT_EQ(array.getItem(2), nullptr);
+    EXPECT_EQ(array.get_count(), 0u);
+}
+
+TEST(MutableArray, RemovesWithoutMoving) {
+    LeakCheck const check;
+    SeenArray array;
+    fill(array, 5);
+    array.removeAt(1, 2);
+    array.insertAt(0, &targets[9]);
+    array.insertAt(0, _MutableArray(array));
+    array.insertBefore(&targets[0], &targets[9]);
+    array.pack();
+    std::vector<void *> const left{&targets[0], nullptr, nullptr, &targets[3], &targets[4]};
+    EXPECT_EQ(std::vector<void *>(array.get_list(), array.get_list() + 5), left);
+    array.removeAll();
+    EXPECT_EQ(array.get_count(), 5u);
+    EXPECT_EQ(array[4], nullptr);
+    array.deleteAll();
+    EXPECT_EQ(array.get_count(), 0u);
+    EXPECT_EQ(array.get_size(), 8u);
+    array.freeExtra();
+    EXPECT_EQ(array.get_size(), 0u);
+    EXPECT_EQ(array.get_list(), nullptr);
+    EXPECT_EQ(array.add(&targets[7]), 0u);
+    EXPECT_EQ(array.get_size(), 4u);
+}
+
+TEST(MutableArray, LosesNothingThatIsAddedAfterItsListWasFreed) {
+    LeakCheck const check;
+    _MutableArray array;
+    fill(array, 3);
+    array.freeExtra();
+    EXPECT_EQ(array.get_count(), 3u);
+    EXPECT_EQ(array.getItem(0), nullptr);
+    EXPECT_EQ(array.add(&targets[7]), 3u);
+    EXPECT_EQ(array.getItem(3), &targets[7]);
+    EXPECT_EQ(array.getItem(2), nullptr);
+}
+
+TEST(MutableArray, WorksThroughTheVirtualOperations) {
+    LeakCheck const check;
+    SeenArray source;
+    fill(source, 2);
+    SeenArray target;
+    fill(target, 3);
+    target.append(source);
+    EXPECT_EQ(source.calls, (Calls{{'g', 0}, {'g', 1}}));
+    EXPECT_EQ(target.calls, Calls{});
+    target.copy(source);
+    EXPECT_EQ(target.calls, (Calls{{'D', 0}, {'d', 500}}));
+    EXPECT_EQ(target.get_count(), 2u);
+    EXPECT_EQ(target[1], &targets[1]);
+    EXPECT_EQ(target.calls.back(), std::pair('g', 1u));
+}
+
+/// Has one item more for each that was read, up to five.
+class GrowingArray : public _Array {
+public:
+    GrowingArray() { set_count(1); }
+    void * getItem(std::uint32_t index) const override {
+        const_cast<GrowingArray *>(this)->set_count(std::min(index + 2, 5u));
+        return &targets[index];
+    }
+};
+
+TEST(MutableArray, ReadsTheCountOfAnotherArrayAnewForEachItem) {
+    LeakCheck const check;
+    _MutableArray array;
+    array.append(GrowingArray());
+    EXPECT_EQ(array.get_count(), 5u);
+}
+
+TEST(MutableArray, TakesItselfAsItStandsAtTheCall) {
+    LeakCheck const check;
+    _MutableArray array;
+    fill(array, 3);
+    array.copy(array);
+    EXPECT_EQ(array.get_count(), 3u);
+    array.append(array);
+    ASSERT_EQ(array.get_count(), 6u);
+    for (std::uint32_t index = 0; index < 6; ++index) {
+        EXPECT_EQ(array[index], &targets[index % 3]);
+    }
+}
+
+TEST(MutableArray, RefusesMoreThan32BitsCount) {
+    SeenArray array;
+    array.set_size(none);
+    array.set_count(none);
+    EXPECT_EQ(array.add(&targets[0]), none);
+    EXPECT_EQ(array.get_count(), none);
+    array.set_size(0);
+    array.set_count(0);
+}
+
+TEST(MutableArray, ChangesNothingWhenTheHeapRefuses) {
+    LeakCheck const check;
+    _MutableArray array;
+    fill(array, 8);
+    counting_heap::refuseAfter(0);
+    EXPECT_EQ(array.add(&targets[9]), none);
+    _MutableArray const refused(5, 1);
+    counting_heap::serveAll();
+    EXPECT_EQ(refused.get_size(), 0u);
+    EXPECT_EQ(array.get_count(), 8u);
+    EXPECT_EQ(array.get_size(), 8u);
+    // The block that is twice as large may be refused where the one that is needed is not.
+    counting_heap::refuseOnce(0);
+    EXPECT_EQ(array.add(&targets[9]), 8u);
+    EXPECT_EQ(array[7], &targets[7]);
+}
+
+TEST(MutableArray, SharesItsListWithCopies) {
+    LeakCheck const check;
+    _MutableArray array;
+    fill(array, 3);
+    _MutableArray copy(array);
+    copy.setItem(0, &targets[9]);
+    array.removeAt(1, 1);
+    EXPECT_EQ(array[0], &targets[9]);
+    EXPECT_EQ(copy[1], nullptr);
+    _MutableArray other;
+    fill(other, 8);
+    other = copy;
+    EXPECT_EQ(other.get_count(), 3u);
+    EXPECT_EQ(other.get_size(), 4u);
+    fill(other, 5);
+    other.setItem(0, nullptr);
+    EXPECT_EQ(copy[0], &targets[9]);
+    copy.deleteAll();
+    EXPECT_EQ(array[0], nullptr);
+    EXPECT_EQ(array.get_count(), 3u);
+    array.default_ctor_closure();
+    EXPECT_EQ(array.get_count() + array.get_size(), 0u);
+}
+
+TEST(MutableArray, GivesEverySharerAnEntryOfItsOwnForWhatItAdds) {
+    LeakCheck const check;
+    _MutableArray array;
+    fill(array, 2);
+    _MutableArray copy(array);
+    EXPECT_EQ(array.add(&targets[8]), 2u);
+    EXPECT_EQ(copy.add(&targets[9]), 2u);
+    EXPECT_EQ(array[2], &targets[8]);
+    EXPECT_EQ(copy[2], &targets[9]);
+    EXPECT_EQ(copy.get_size(), 4u);
+    EXPECT_EQ(copy[1], &targets[1]);
+}
+
+TEST(Container, DeletesItsItemsInOrderAndPassesOverNull) {
+    LeakCheck const check;
+    {
+        _Container container;
+        EXPECT_TRUE(container.get_deleteAll());
+        fill(container, 1, 5);
+        std::unique_ptr<_Object> const removed(container.getObject(2));
+        container.removeAt(2, 1);
+        container.deleteAt(0, 2);
+        EXPECT_EQ(Mark::takeEnded(), (std::vector{1, 2}));
+        EXPECT_NE(container.getObject(0), nullptr);
+        EXPECT_EQ(container.get_count(), 5u);
+        container.removeAt(0, 2);
+        container.addObject(nullptr);
+        container.deleteAll();
+        EXPECT_EQ(Mark::takeEnded(), (std::vector{4, 5}));
+        EXPECT_EQ(container.get_count(), 0u);
+        fill(container, 6, 7);
+        container.setItem(5, new Mark(8));
+        container.deleteAt(5, none);
+    }
+    EXPECT_EQ(Mark::takeEnded(), (std::vector{8, 3, 6, 7}));
+    EXPECT_TRUE(Mark::live.empty());
+}
+
+TEST(Container, LeavesItsItemsAliveWithoutTheFlag) {
+    LeakCheck const check;
+    auto mark = std::make_unique<Mark>(7);
+    {
+        _Container container;
+        container.set_deleteAll(false);
+        container.addObject(mark.get());
+        _Container const copy(container);
+        EXPECT_FALSE(copy.get_deleteAll());
+        _Container other;
+        fill(other, 1, 1);
+        other = container;
+        EXPECT_FALSE(other.get_deleteAll());
+        EXPECT_EQ(Mark::takeEnded(), std::vector{1});
+    }
+    mark.reset();
+    EXPECT_EQ(Mark::takeEnded(), std::vector{7});
+}
+
+TEST(Container, CopiesAfterDeletingWhatItHeld) {
+    LeakCheck const check;
+    _Container source;
+    fill(source, 1, 2);
+    {
+        _Container target;
+        fill(target, 8, 9);
+        target.copy(source);
+        EXPECT_EQ(Mark::takeEnded(), (std::vector{8, 9}));
+        EXPECT_EQ(numbersOf(target), (std::vector{1, 2}));
+        target.set_deleteAll(false);
+    }
+    EXPECT_EQ(Mark::takeEnded(), std::vector<int>{});
+    source.deleteAll();
+    EXPECT_EQ(Mark::takeEnded(), (std::vector{1, 2}));
+}
+
+TEST(Container, LetsTheLastOwnerDeleteTheItems) {
+    LeakCheck const check;
+    _Container watching;
+    {
+        _Container last;
+        {
+            _Container first;
+            fill(first, 1, 3);
+            last = first;
+            watching = first;
+            watching.set_deleteAll(false);
+        }
+        EXPECT_EQ(Mark::takeEnded(), std::vector<int>{});
+        EXPECT_EQ(numbersOf(watching), (std::vector{1, 2, 3}));
+    }
+    EXPECT_EQ(Mark::takeEnded(), (std::vector{1, 2, 3}));
+    EXPECT_EQ(numbersOf(watching), (std::vector{0, 0, 0}));
+}
+
+TEST(Container, TakesTheItemsAlongWhereItHasToGrow) {
+    LeakCheck const check;
+    {
+        _Container left;
+        fill(left, 1, 4);
+        {
+            _Container grown(left);
+            fill(grown, 5, 5);
+            EXPECT_EQ(numbersOf(left), (std::vector{1, 2, 3, 4}));
+            // Bare pointers are not deleted, and what takes their place belongs to the container again.
+            left.deleteAt(0, 1);
+            left.setItem(1, new Mark(9));
+        }
+        EXPECT_EQ(Mark::takeEnded(), (std::vector{1, 2, 3, 4, 5}));
+        left.addObject(new Mark(10));
+    }
+    EXPECT_EQ(Mark::takeEnded(), (std::vector{9, 10}));
+}
+
+TEST(Container, LeavesTheItemsWithTheirOwnerWhereABorrowerGrows) {
+    LeakCheck const check;
+    _Container borrower;
+    {
+        _Container owner;
+        fill(owner, 1, 4);
+        borrower = owner;
+        borrower.set_deleteAll(false);
+        fill(borrower, 5, 5);
+        borrower.set_deleteAll(true);
+    }
+    EXPECT_EQ(Mark::takeEnded(), (std::vector{1, 2, 3, 4}));
+    borrower.default_ctor_closure();
+    EXPECT_EQ(Mark::takeEnded(), std::vector{5});
+}
+
+TEST(Container, DeletesAnItemThatWasAppendedFromItselfOnce) {
+    LeakCheck const check;
+    {
+        _Container container;
+        fill(container, 1, 3);
+        container.append(container);
+        container.append(_Container(container));
+        EXPECT_EQ(numbersOf(container), (std::vector{1, 2, 3, 1, 2, 3, 1, 2, 3, 1, 2, 3}));
+    }
+    EXPECT_EQ(Mark::takeEnded(), (std::vector{1, 2, 3}));
+}
+
+TEST(Container, KeepsItsItemsThroughAnAssignmentOfItselfAndAsAnArray) {
+    LeakCheck const check;
+    {
+        _Container container;
+        fill(container, 1, 2);
+        _Container & same = container;
+        container = same;
+        EXPECT_EQ(Mark::takeEnded(), std::vector<int>{});
+        _MutableArray array;
+        fill(array, 1);
+        static_cast<_MutableArray &>(container) = array;
+        EXPECT_EQ(Mark::takeEnded(), (std::vector{1, 2}));
+        array.deleteAll();
+    }
+}
+
+/// Its end uses the container that it stands in.
+class Meddler : public _Object {
+public:
+    explicit Meddler(_Container & container_) : container(container_) {}
+    ~Meddler() override { container.addObject(new Mark); }
+
+private:
+    _Container & container;
+};
+
+TEST(Container, MayBeUsedByTheDestructorsOfItsItems) {
+    LeakCheck const check;
+    {
+        _Container container;
+        for (int index = 0; index < 8; ++index) {
+            container.addObject(new Meddler(container));
+        }
+        container.deleteAt(0, 4);
+        container.removeAt(0, 4);
+    }
+    EXPECT_TRUE(Mark::live.empty());
+    Mark::takeEnded();
+}
+
+// Whatever is shared, grown and let go, in whatever order: each object is deleted once and none is forgotten.
+TEST(Container, DeletesEachItemOnceWhateverItsSharersDo) {
+    for (unsigned seed = 0; seed < 300; ++seed) {
+        LeakCheck const check;
+        std::mt19937 random(seed);
+        auto const pick = [&random](std::size_t count) { return static_cast<std::size_t>(random()) % count; };
+        std::vector<std::unique_ptr<_Container>> containers;
+        containers.push_back(std::make_unique<_Container>());
+        for (int step = 0; step < 200; ++step) {
+            _Container & one = *containers[pick(containers.size())];
+            _Container const & other = *containers[pick(containers.size())];
+            // A heap that refuses now and then must not lose an object either.
+            counting_heap::refuseOnce(seed % 2 == 0 ? 1000000 : static_cast<long>(pick(8)));
+            switch (pick(12)) {
+            case 0:
+                if (containers.size() < 6) {
+                    containers.push_back(std::make_unique<_Container>(other));
+                }
+                break;
+            case 1:
+                one = other;
+                break;
+            case 2:
+                one.deleteAll();
+                break;
+            case 3:
+                if (containers.size() > 1) {
+                    containers.erase(containers.begin() + static_cast<std::ptrdiff_t>(pick(containers.size())));
+                }
+                break;
+            case 4:
+                one.deleteAll();
+                one.freeExtra();
+                break;
+            case 5:
+                if (one.get_count() < 20) {
+                    one.append(one);
+                }
+                break;
+            default: {
+                auto mark = std::make_unique<Mark>();
+                if (one.addObject(mark.get()) != none) {
+                    static_cast<void>(mark.release());
+                }
+                break;
+            }
+            }
+            counting_heap::serveAll();
+        }
+        containers.clear();
+        EXPECT_TRUE(Mark::live.empty()) << "seed " << seed;
+        Mark::live.clear();
+    }
+    Mark::takeEnded();
+}
+
+TEST(Stack, GivesBackInReverse) {
+    LeakCheck const check;
+    for (std::uint32_t partSize : {1u, 3u, 8u}) {
+        _Stack stack(2, partSize);
+        EXPECT_TRUE(stack.isFull() && !stack.isEmpty());
+        std::array<char, 9> item{};
+        EXPECT_FALSE(stack.pop(item.data()));
+        EXPECT_FALSE(stack.push(nullptr));
+        EXPECT_TRUE(stack.push("abcdefgh"));
+        EXPECT_TRUE(!stack.isFull() && !stack.isEmpty());
+        EXPECT_FALSE(stack.pop(nullptr));
+        EXPECT_TRUE(stack.push("ABCDEFGH"));
+        EXPECT_TRUE(!stack.isFull() && stack.isEmpty());
+        EXPECT_FALSE(stack.push("12345678"));
+        EXPECT_TRUE(stack.pop(item.data()));
+        EXPECT_EQ(std::string(item.data()), std::string("ABCDEFGH").substr(0, partSize));
+        EXPECT_TRUE(stack.pop(item.data()));
+        EXPECT_EQ(std::string(item.data()), std::string("abcdefgh").substr(0, partSize));
+        EXPECT_FALSE(stack.pop(item.data()));
+        EXPECT_EQ(item[partSize], 0);
+    }
+    _Stack const nothing(0, 4);
+    EXPECT_TRUE(nothing.isEmpty() && nothing.isFull());
+}
+
+TEST(Stack, WithoutStorageTakesAndGivesNothing) {
+    LeakCheck const check;
+    _Stack large(0x10000, 0x10000);
+    counting_heap::refuseAfter(0);
+    _Stack refused(4, 4);
+    counting_heap::serveAll();
+    std::int32_t item = 0;
+    for (_Stack * const stack : {&large, &refused}) {
+        EXPECT_FALSE(stack->push(&item));
+        stack->set_pointer(0);
+        EXPECT_FALSE(stack->pop(&item));
+    }
+}
+
+TEST(Stack, ReleasesSharedStorageOnceWhoeverGoesLast) {
+    LeakCheck const check;
+    std::int32_t const allocated = globalProcessMemory->heapAllocationCount();
+    std::int32_t const released = globalProcessMemory->heapUnallocationCount();
+    for (int order = 0; order < 6; ++order) {
+        std::array<std::unique_ptr<_Stack>, 3> stacks;
+        stacks[0] = std::make_unique<_Stack>(4, 4);
+        stacks[1] = std::make_unique<_Stack>(*stacks[0]);
+        stacks[2] = std::make_unique<_Stack>(1, 1);
+        *stacks[2] = *stacks[1];
+        _Stack const & same = *stacks[2];
+        *stacks[2] = same;
+        std::int32_t item = 7;
+        EXPECT_TRUE(stacks[0]->push(&item));
+        EXPECT_FALSE(stacks[1]->pop(&item));
+        stacks[1]->set_pointer(3);
+        item = 0;
+        EXPECT_TRUE(stacks[1]->pop(&item));
+        EXPECT_EQ(item, 7);
+        auto const first = static_cast<std::size_t>(order % 3);
+        stacks[first].reset();
+        stacks[(first + 1 + static_cast<std::size_t>(order) / 3) % 3].reset();
+    }
+    EXPECT_EQ(globalProcessMemory->heapAllocationCount() - allocated, 12);
+    EXPECT_EQ(globalProcessMemory->heapUnallocationCount() - released, 12);
+}
+
+TEST(Stack, OwnsABlockThatWasSet) {
+    LeakCheck const check;
+    _Stack stack(2, 4);
+    _Stack copy(stack);
+    copy.set_stack(globalProcessMemory->heapAllocate(8, false));
+    std::int32_t item = 5;
+    EXPECT_TRUE(stack.push(&item));
+    item = 6;
+    EXPECT_TRUE(copy.push(&item));
+    EXPECT_TRUE(stack.pop(&item));
+    EXPECT_EQ(item, 5);
+}
+
+} // namespace

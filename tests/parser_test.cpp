@@ -1,0 +1,615 @@
+#include "counting_heap.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <memory>
+#include <morvane/core/literals.h>
+#include <morvane/streams/memory_stream.h>
+#include <morvane/strings/tag_scanner.h>
+#include <morvane/strings/wide_string_array.h>
+#include <morvane/strings/wide_string_parser.h>
+#include <morvane/strings/wide_tag.h>
+#include <morvane/strings/wide_tag_array.h>
+#include <morvane/strings/word_splitter.h>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace morvane::literals;
+using counting_heap::LeakCheck;
+
+constexpr std::uint32_t none = 0xFFFFFFFF;
+constexpr auto xml = _WideStringParser::docTypeXML;
+constexpr auto plain = static_cast<_WideStringParser::DocType>(0);
+
+std::u16string textOf(_WideString const & text) {
+    return {text.arg(), text.arg() + text.get_length()};
+}
+
+/// Units with zeros among them, as a text that a client made by hand holds them.
+_WideString wideOf(std::u16string const & units) {
+    _WideString text(u' ', static_cast<std::int32_t>(units.size()));
+    std::copy(units.begin(), units.end(), text.get_data());
+    return text;
+}
+
+_WideStringParser parserOf(std::u16string const & units, std::int32_t position = 0) {
+    _WideStringParser parser;
+    parser.set_wideString(wideOf(units));
+    parser.set_position(position);
+    return parser;
+}
+
+/// "T" and the text of a tag, "-" and the text between tags.
+std::u16string pieceOf(bool isTag, std::u16string const & text) {
+    std::u16string piece(1, isTag ? u'T' : u'-');
+    piece += text;
+    return piece;
+}
+
+std::vector<std::u16string> piecesOf(_WideTagArray const & tags) {
+    std::vector<std::u16string> pieces;
+    for (std::uint32_t index = 0; index < tags.get_count(); ++index) {
+        _WideTag const & tag = *tags.getTag(index);
+        pieces.push_back(pieceOf(tag.isTag(), textOf(tag.get_wideString())));
+    }
+    return pieces;
+}
+
+std::vector<std::u16string> wordsOf(_WideStringArray const & array) {
+    std::vector<std::u16string> words;
+    for (std::uint32_t index = 0; index < array.get_count(); ++index) {
+        words.push_back(textOf(array.getString(index)));
+    }
+    return words;
+}
+
+/// The scanning operations step by step as they are told, without a thought for their cost.
+struct SlowParser {
+    std::u16string text;
+    int position = 0;
+
+    int length() const { return static_cast<int>(text.size()); }
+    static bool isBlank(char16_t unit) { return unit == 9 || unit == 32; }
+
+    int find(char16_t unit, int from) const { return find(std::u16string(1, unit), from); }
+    int find(std::u16string const & sought, int from) const {
+        if (from >= length()) {
+            return -1;
+        }
+        // A zero ends the text for a search.
+        std::u16string const seen = text.substr(0, text.find(u'\0', static_cast<std::size_t>(from)));
+        std::size_t const found = seen.find(sought, static_cast<std::size_t>(from));
+        return found == std::u16string::npos ? -1 : static_cast<int>(found);
+    }
+    std::u16string mid(int from, int to) const {
+        return text.substr(static_cast<std::size_t>(from), static_cast<std::size_t>(to - from));
+    }
+
+    bool nextTag(int & start, int & end, bool isXml) {
+        int const p = position;
+        start = find(u'<', p);
+        auto const plus = [](int index, int more) { return index == -1 ? -1 : index + more; };
+        if (!isXml) {
+            end = find(u'>', p);
+        } else if (start == -1) {
+            end = -1;
+        } else if (start >= length() - 8) {
+            end = find(u'>', p);
+        } else if (mid(start, start + 9) == u"<!DOCTYPE") {
+            end = plus(find(u"]>", p), 1);
+        } else if (mid(start, start + 9) == u"<![CDATA[") {
+            end = plus(find(u"]]>", p), 2);
+        } else {
+            end = find(u'>', p);
+        }
+        if (start == -1 || end == -1) {
+            return false;
+        }
+        position = end + 1;
+        return true;
+    }
+
+    std::vector<std::u16string> parseTags(bool isXml) {
+        std::vector<std::u16string> pieces;
+        int pending = position;
+        int start = 0;
+        int end = 0;
+        while (nextTag(start, end, isXml) && end >= start) {
+            if (pending < start) {
+                pieces.push_back(pieceOf(false, mid(pending, start)));
+            }
+            pieces.push_back(pieceOf(true, mid(start, end + 1)));
+            pending = end + 1;
+        }
+        return pieces;
+    }
+
+    void skipBlanks() {
+        while (position < length() && isBlank(text[static_cast<std::size_t>(position)])) {
+            ++position;
+        }
+    }
+    int nextBlank() {
+        if (position >= length()) {
+            return -1;
+        }
+        while (position < length() && !isBlank(text[static_cast<std::size_t>(position)])) {
+            ++position;
+        }
+        return position == length() ? -1 : position;
+    }
+    static void addString(std::vector<std::u16string> & words, std::u16string const & word) {
+        words.push_back(word.substr(0, word.find(u'\0')));
+    }
+
+    std::vector<std::u16string> parseStrings() {
+        std::vector<std::u16string> words;
+        while (position < length()) {
+            skipBlanks();
+            int const start = position;
+            int const blank = nextBlank();
+            addString(words, mid(start, blank == -1 ? length() : blank));
+            if (blank == -1) {
+                break;
+            }
+        }
+        return words;
+    }
+
+    std::vector<std::u16string> parseStringsEx() {
+        std::vector<std::u16string> words;
+        bool isOpen = false;
+        int start = 0;
+        while (position < length()) {
+            skipBlanks();
+            start = isOpen ? start : position;
+            int const blank = nextBlank();
+            if (blank == -1) {
+                addString(words, mid(start, length()));
+                break;
+            }
+            std::u16string const piece = mid(start, blank);
+            isOpen = std::count_if(piece.begin(), piece.end(), [](char16_t c) { return c == 34 || c == 39; }) == 1;
+            if (!isOpen) {
+                addString(words, piece);
+            }
+        }
+        return words;
+    }
+
+    bool nextLine(std::u16string & line) {
+        int const s = position;
+        int e = find(u'\n', s);
+        bool const hasFeed = e != -1;
+        e = hasFeed ? e : length();
+        position = hasFeed ? e + 1 : length();
+        if (s == e) {
+            return false;
+        }
+        line = mid(s, e + (hasFeed ? 1 : 0));
+        std::erase(line, u'\r');
+        std::erase(line, u'\n');
+        // `_WideString::remove` appends what stays, and so brings the zeros to the end.
+        std::stable_partition(line.begin(), line.end(), [](char16_t unit) { return unit != 0; });
+        return true;
+    }
+
+    bool nextCode(int & start, int & end) {
+        start = find(u'&', position);
+        if (start == -1) {
+            return false;
+        }
+        end = find(u';', start);
+        position = end == -1 ? start + 1 : end + 1;
+        return end != -1;
+    }
+};
+
+/// A random text of pieces that matter to the scans; long runs between them cross the steps of a fast search.
+std::u16string randomText(std::mt19937 & random) {
+    static std::vector<std::u16string> const pieces{u"<",
+                                                    u">",
+                                                    u"!",
+                                                    u"?",
+                                                    u"-",
+                                                    u"[",
+                                                    u"]",
+                                                    u"\"",
+                                                    u"'",
+                                                    u" ",
+                                                    u"\t",
+                                                    u"=",
+                                                    u"a",
+                                                    u"&",
+                                                    u";",
+                                                    u"\n",
+                                                    u"\r",
+                                                    u"<!DOCTYPE",
+                                                    u"<!doctype",
+                                                    u"<![CDATA[",
+                                                    u"]]>",
+                                                    u"]>",
+                                                    u"<a b=\"c d\">",
+                                                    u"</a>",
+                                                    u"some text",
+                                                    std::u16string{0xE9, 0x3C3E, 0xD800},
+                                                    std::u16string(1, u'\0')};
+    // A zero ends most scans, so there are few.
+    std::size_t const last = random() % 4 == 0 ? pieces.size() : pieces.size() - 1;
+    std::u16string text;
+    for (std::size_t count = random() % 24; count != 0; --count) {
+        text += pieces[random() % last];
+    }
+    return text;
+}
+
+TEST(WideStringParser, ScansAsTheToldSteps) {
+    std::mt19937 random(1);
+    for (int round = 0; round < 10000; ++round) {
+        LeakCheck const check;
+        std::u16string const text = randomText(random);
+        int const position = static_cast<int>(random() % (text.size() + 1));
+        SCOPED_TRACE(testing::PrintToString(text) + " from " + std::to_string(position));
+        for (bool const isXml : {true, false}) {
+            SlowParser slow{text, position};
+            _WideStringParser parser = parserOf(text, position);
+            int start = 0;
+            int end = 0;
+            std::int32_t begin = 0;
+            std::int32_t last = 0;
+            for (bool found = true; found;) {
+                found = slow.nextTag(start, end, isXml);
+                ASSERT_EQ(parser.nextTag(begin, last, isXml ? xml : plain), found);
+                ASSERT_EQ(begin, start);
+                ASSERT_EQ(last, end);
+                ASSERT_EQ(parser.get_position(), slow.position);
+            }
+            slow.position = position;
+            parser.seek(position);
+            _WideTagArray tags;
+            std::vector<std::u16string> const pieces = slow.parseTags(isXml);
+            ASSERT_EQ(parser.parseTags(&tags, isXml ? xml : plain, false), static_cast<int>(pieces.size()));
+            ASSERT_EQ(piecesOf(tags), pieces);
+            ASSERT_EQ(parser.get_position(), slow.position);
+        }
+        for (bool const isEx : {false, true}) {
+            SlowParser slow{text, position};
+            _WideStringParser parser = parserOf(text, position);
+            _WideStringArray array;
+            std::vector<std::u16string> const words = isEx ? slow.parseStringsEx() : slow.parseStrings();
+            ASSERT_EQ(isEx ? parser.parseStringsEx(&array, false) : parser.parseStrings(&array, false),
+                      static_cast<int>(words.size()));
+            ASSERT_EQ(wordsOf(array), words);
+            ASSERT_EQ(parser.get_position(), slow.position);
+        }
+        SlowParser slow{text, position};
+        _WideStringParser parser = parserOf(text, position);
+        int start = 0;
+        int end = 0;
+        std::int32_t begin = 0;
+        std::int32_t last = 0;
+        std::u16string slowLine = u"former";
+        _WideString line(u"former"_w);
+        while (slow.position < slow.length()) {
+            ASSERT_EQ(parser.nextCode(begin, last), slow.nextCode(start, end));
+            ASSERT_EQ(std::pair(begin, last), std::pair(start, end));
+            ASSERT_EQ(parser.nextLine(line), slow.nextLine(slowLine));
+            ASSERT_EQ(textOf(line), slowLine);
+            ASSERT_EQ(parser.nextBlank(), slow.nextBlank());
+            int const blanksFrom = slow.position;
+            slow.skipBlanks();
+            ASSERT_EQ(parser.skipBlanks(), slow.position - blanksFrom);
+            ASSERT_EQ(parser.get_position(), slow.position);
+        }
+    }
+}
+
+TEST(WideStringParser, CutsTags) {
+    LeakCheck const check;
+    struct Case {
+        char16_t const * text;
+        _WideStringParser::DocType type;
+        std::vector<std::u16string> pieces;
+        int position;
+    };
+    for (Case const & test : {
+             Case{u"<a>\r\n <b/>x</a>y", xml, {u"T<a>", u"-\r\n ", u"T<b/>", u"-x", u"T</a>"}, 15},
+             Case{u"no tag > here", xml, {}, 0},
+             Case{u"<a> > <b>", xml, {u"T<a>"}, 5},
+             Case{u"<!-- a > b --><c>", xml, {u"T<!-- a >"}, 14},
+             Case{u"<a b='>'>c<d>", xml, {u"T<a b='>"}, 9},
+             Case{u"<![CDATA[a>b]]>c<d>", xml, {u"T<![CDATA[a>b]]>", u"-c", u"T<d>"}, 19},
+             Case{u"<![CDATA[a>b]]>c<d>", plain, {u"T<![CDATA[a>"}, 15},
+             Case{u"<!DOCTYPE a [<!X>]><b>", xml, {u"T<!DOCTYPE a [<!X>]>", u"T<b>"}, 22},
+             Case{u"<!doctype a [<!X>]><b>", xml, {u"T<!doctype a [<!X>"}, 19},
+             Case{u"<!DOCTYPE a><b>", xml, {}, 0},
+             Case{u"<a><!DOCTYP>", xml, {u"T<a>", u"T<!DOCTYP>"}, 12},
+             Case{u"<a><b", xml, {u"T<a>"}, 3},
+         }) {
+        _WideStringParser parser = parserOf(test.text);
+        _WideTagArray tags;
+        tags.addTag(new _WideTag(u"former"_w, false));
+        EXPECT_EQ(parser.parseTags(&tags, test.type, true), static_cast<int>(test.pieces.size() + 1));
+        std::vector<std::u16string> expected{u"-former"};
+        expected.insert(expected.end(), test.pieces.begin(), test.pieces.end());
+        EXPECT_EQ(piecesOf(tags), expected);
+        EXPECT_EQ(parser.get_position(), test.position) << testing::PrintToString(test.text);
+    }
+}
+
+TEST(WideStringParser, CutsWords) {
+    LeakCheck const check;
+    using Words = std::vector<std::u16string>;
+    struct Case {
+        char16_t const * text;
+        Words words;
+        Words quoted;
+    };
+    for (Case const & test : {
+             Case{u"", {}, {}},
+             Case{u" \t ", {u""}, {u""}},
+             Case{u"a\tb ", {u"a", u"b", u""}, {u"a", u"b", u""}},
+             Case{u"a\nb c", {u"a\nb", u"c"}, {u"a\nb", u"c"}},
+             Case{u"n a=\"b c\"  d='e'", {u"n", u"a=\"b", u"c\"", u"d='e'"}, {u"n", u"a=\"b c\"", u"d='e'"}},
+             Case{u"a=\"b c  ", {u"a=\"b", u"c", u""}, {u"a=\"b c  "}},
+             Case{u"a=\"it's b\" c", {u"a=\"it's", u"b\"", u"c"}, {u"a=\"it's", u"b\" c"}},
+         }) {
+        _WideStringParser parser = parserOf(test.text);
+        _WideStringArray words;
+        _WideStringArray quoted;
+        parser.parseStrings(&words, false);
+        parser.parseStringsEx(&quoted, true);
+        EXPECT_EQ(wordsOf(words), test.words);
+        EXPECT_EQ(wordsOf(quoted), test.quoted);
+        EXPECT_EQ(parser.get_position(), static_cast<int>(std::u16string(test.text).size()));
+    }
+}
+
+TEST(WideStringParser, MovesItsPosition) {
+    _WideStringParser parser(u"a b"_w);
+    parser.decrement();
+    EXPECT_EQ(parser.get_position(), 0);
+    EXPECT_EQ(parser.nextChar(), u'a');
+    EXPECT_EQ(parser.nextChar(u'b'), 2);
+    EXPECT_EQ(parser.nextChar(u'b'), 2);
+    EXPECT_EQ(parser.nextChar(u'a'), -1);
+    EXPECT_EQ(parser.get_position(), 2);
+    parser.reset();
+    EXPECT_EQ(parser.nextString(u" b"_w), 1);
+    EXPECT_EQ(parser.nextString(u"a"_w), -1);
+    EXPECT_TRUE(parser.skipBlank());
+    EXPECT_FALSE(parser.skipBlank());
+    parser.decrement();
+    parser.offset(2);
+    for (int call = 0; call < 2; ++call) {
+        EXPECT_EQ(parser.nextChar(), 0xFFFF);
+        EXPECT_EQ(parser.get_position(), 3);
+    }
+    parser.increment();
+    EXPECT_EQ(parser.get_position(), 4);
+    parser.set_wideString(_WideString(u"other text"_w));
+    EXPECT_EQ(parser.nextChar(), u'r');
+    _WideStringParser const copy(parser);
+    parser.assign(nullptr);
+    EXPECT_EQ(parser.get_position(), 0);
+    EXPECT_TRUE(parser.get_wideString().isEmpty());
+    EXPECT_EQ(copy.get_position(), 5);
+    EXPECT_EQ(textOf(copy.get_wideString()), u"other text");
+    EXPECT_EQ(parser.nextPart(nullptr, nullptr), 0);
+    EXPECT_EQ(parser.parseTags(nullptr, xml, true) + parser.parseStrings(nullptr, true)
+                  + parser.parseStringsEx(nullptr, true),
+              0);
+}
+
+TEST(WideStringParser, TakesAPositionOutsideItsTextAsTheEnd) {
+    constexpr std::int32_t lowest = -0x7FFFFFFF - 1;
+    for (std::int32_t const position : {-1, 4, 1000, 0x7FFFFFFF, lowest}) {
+        _WideStringParser parser = parserOf(u"<a>", position);
+        std::int32_t start = 7;
+        std::int32_t end = 8;
+        EXPECT_FALSE(parser.nextTag(start, end, xml));
+        EXPECT_EQ(std::pair(start, end), std::pair(-1, -1));
+        end = 8;
+        EXPECT_FALSE(parser.nextCode(start, end));
+        EXPECT_EQ(std::pair(start, end), std::pair(-1, 8));
+        EXPECT_EQ(parser.nextChar(u'<'), -1);
+        EXPECT_EQ(parser.nextString(u"<"_w), -1);
+        EXPECT_EQ(parser.nextBlank(), -1);
+        EXPECT_FALSE(parser.skipBlank());
+        EXPECT_EQ(parser.nextChar(), 0xFFFF);
+        _WideTagArray tags;
+        _WideStringArray words;
+        EXPECT_EQ(parser.parseTags(&tags, xml, false) + parser.parseStrings(&words, false)
+                      + parser.parseStringsEx(&words, false),
+                  0);
+        EXPECT_EQ(parser.get_position(), position);
+        _WideString line(u"former"_w);
+        EXPECT_FALSE(parser.nextLine(line));
+        EXPECT_EQ(textOf(line), u"former");
+        EXPECT_EQ(parser.get_position(), 3);
+    }
+}
+
+// A thousand times a thousand steps would be seen at once: the text would take minutes.
+TEST(WideStringParser, StaysLinearWhereQuotesAndOpenersPileUp) {
+    std::u16string quotes = u"a=\"";
+    for (int count = 0; count < 500000; ++count) {
+        quotes += u"b ";
+    }
+    _WideStringParser parser = parserOf(quotes);
+    _WideStringArray words;
+    EXPECT_EQ(parser.parseStringsEx(&words, true), 1);
+    parser.set_wideString(wideOf(std::u16string(1000000, u'<')));
+    _WideTagArray tags;
+    EXPECT_EQ(parser.parseTags(&tags, xml, true), 0);
+    std::u16string sections;
+    for (int count = 0; count < 50000; ++count) {
+        sections += u"<![CDATA[]>]]>";
+    }
+    parser.set_wideString(wideOf(sections));
+    EXPECT_EQ(parser.parseTags(&tags, xml, true), 50000);
+}
+
+TEST(WideStringParser, GoesOnWhereTheHeapRefusedAnEntry) {
+    LeakCheck const check;
+    std::u16string text;
+    for (int count = 0; count < 50; ++count) {
+        text += u"<a>b ";
+    }
+    for (long served = 0; served < 330; ++served) {
+        _WideStringParser parser = parserOf(text);
+        _WideTagArray tags;
+        _WideStringArray words;
+        // A piece whose own text was refused stands there without it.
+        counting_heap::refuseOnce(served);
+        parser.parseTags(&tags, xml, true);
+        parser.parseTags(&tags, xml, false);
+        EXPECT_EQ(tags.get_count(), 99u);
+        parser.parseStrings(&words, true);
+        parser.parseStrings(&words, false);
+        counting_heap::serveAll();
+        EXPECT_EQ(words.get_count(), 51u) << served;
+    }
+}
+
+TEST(TagScanner, YieldsViewsAndGoesOnFromACopy) {
+    auto const text = u"<a>b<c>"_wv;
+    morvane::TagScanner scanner(text, morvane::TagScanner::Rules::xml);
+    morvane::MarkupPiece piece{};
+    ASSERT_TRUE(scanner.next(piece) && scanner.next(piece));
+    EXPECT_FALSE(piece.isTag);
+    morvane::TagScanner copy = scanner;
+    for (morvane::TagScanner * const each : {&scanner, &copy}) {
+        ASSERT_TRUE(each->next(piece));
+        EXPECT_TRUE(piece.isTag && piece.begin == 4 && piece.end == 7);
+        EXPECT_FALSE(each->next(piece));
+    }
+}
+
+/// Shows the entry that only derived classes see.
+class OpenStringArray : public _WideStringArray {
+public:
+    using _WideStringArray::getStringItem;
+};
+
+TEST(WideStringArray, KeepsCopiesOfTexts) {
+    LeakCheck const check;
+    _WideStringArray array;
+    EXPECT_EQ(array.findString(u"a"_w), none);
+    EXPECT_EQ(array.addString(nullptr), none);
+    std::vector<unsigned short int const *> const texts{u"One"_w, u""_w, u"two"_w, u"ONE"_w, u"five"_w};
+    for (std::uint32_t index = 0; index < texts.size(); ++index) {
+        EXPECT_EQ(array.addString(texts[index]), index);
+    }
+    EXPECT_EQ(array.get_size(), 8u);
+    EXPECT_EQ(array.findString(u"one"_w), 0u);
+    EXPECT_EQ(array.findString(nullptr), 1u);
+    EXPECT_EQ(array.findString(u"on"_w), none);
+    array.setString(2, u"changed"_w);
+    array.setString(5, u"outside"_w);
+    EXPECT_EQ(wordsOf(array), (std::vector<std::u16string>{u"One", u"", u"changed", u"ONE", u"five"}));
+    EXPECT_TRUE(array.getString(5).isEmpty());
+    EXPECT_EQ(array.getItem(5), nullptr);
+}
+
+TEST(WideStringArray, PassesOverNullEntriesAndFillsThem) {
+    LeakCheck const check;
+    _WideStringArray array;
+    array.addString(u"a"_w);
+    array.addString(u"b"_w);
+    array.removeAt(0, 1);
+    EXPECT_EQ(array.findString(u"a"_w), none);
+    EXPECT_EQ(array.findString(u"B"_w), 1u);
+    EXPECT_NE(array.getString(0).get_data(), nullptr);
+    array.setString(0, u"c"_w);
+    EXPECT_EQ(wordsOf(array), (std::vector<std::u16string>{u"c", u"b"}));
+}
+
+TEST(WideStringArray, OwnsItsTextsToItsEndWhateverBecomesOfTheirEntries) {
+    LeakCheck const check;
+    _WideString const * putOut = nullptr;
+    {
+        OpenStringArray array;
+        for (int round = 0; round < 3; ++round) {
+            array.addString(u"text"_w);
+            array.addString(u"other"_w);
+        }
+        putOut = array.getStringItem(0);
+        array.setItem(0, array.getItem(1));
+        array.removeAt(1, 2);
+        array.removeAll();
+        array.deleteAll();
+        EXPECT_EQ(array.get_count(), 0u);
+        array.freeExtra();
+        EXPECT_EQ(textOf(*putOut), u"text");
+        // What a client puts in goes too, wherever it stands.
+        array.addString(u"made"_w);
+        array.add(new _WideString(u"set"_w));
+        array.addString(u"made"_w);
+        array.add(array.getItem(1));
+    }
+}
+
+TEST(WideStringArray, SharesItsTextsWithCopies) {
+    LeakCheck const check;
+    auto first = std::make_unique<_WideStringArray>();
+    first->addString(u"a"_w);
+    first->add(new _WideString(u"b"_w));
+    auto second = std::make_unique<_WideStringArray>(*first);
+    _WideStringArray third;
+    third.addString(u"gone"_w);
+    third = *second;
+    // Grows, and so takes a list of its own.
+    for (int count = 0; count < 4; ++count) {
+        second->addString(u"c"_w);
+    }
+    first->addString(u"d"_w);
+    first.reset();
+    EXPECT_EQ(wordsOf(*second), (std::vector<std::u16string>{u"a", u"b", u"c", u"c", u"c", u"c"}));
+    second.reset();
+    third.setString(0, u"z"_w);
+    EXPECT_EQ(wordsOf(third), (std::vector<std::u16string>{u"z", u"b"}));
+    _WideStringArray const & same = third;
+    third = same;
+    EXPECT_EQ(third.get_count(), 2u);
+}
+
+TEST(WideTag, HoldsWhatItIsGiven) {
+    LeakCheck const check;
+    _WideTag tag(u"<a>"_w, true);
+    EXPECT_TRUE(tag.isTag() && tag.get_tag());
+    _WideTag const copy(tag);
+    tag.set_tag(false);
+    tag.set_wideString(_WideString(u"text"_w));
+    EXPECT_EQ(textOf(tag.get_wideString()), u"text");
+    EXPECT_EQ(textOf(copy.get_wideString()), u"<a>");
+    tag = copy;
+    EXPECT_TRUE(tag.isTag());
+    _MemoryStream stream(0);
+    EXPECT_TRUE(tag.saveToStream(stream) && tag.loadFromStream(stream));
+    EXPECT_EQ(tag.toString().get_length(), 0u);
+    EXPECT_NE(tag.toString().get_data(), nullptr);
+    EXPECT_FALSE(_WideTag().isTag());
+    EXPECT_TRUE(_WideTag(nullptr, true).get_wideString().isEmpty());
+}
+
+TEST(WideTagArray, TakesTagsOver) {
+    LeakCheck const check;
+    _WideTagArray tags;
+    EXPECT_EQ(tags.addTag(nullptr), none);
+    EXPECT_EQ(tags.addTag(new _WideTag(u"<a>"_w, true)), 0u);
+    EXPECT_EQ(tags.getTag(1), nullptr);
+    EXPECT_EQ(tags.getTag(4), nullptr);
+    std::unique_ptr<_WideTag> const former(tags.getTag(0));
+    tags.setTag(0, new _WideTag(u"b"_w, false));
+    tags.setTag(4, former.get());
+    EXPECT_EQ(piecesOf(tags), std::vector<std::u16string>{u"-b"});
+    _WideTagArray const copy(tags);
+    EXPECT_EQ(piecesOf(copy), std::vector<std::u16string>{u"-b"});
+}
+
+} // namespace
