@@ -1,3 +1,5 @@
+#include "temporary_folder.h"
+
 #include <array>
 #include <cfloat>
 #include <climits>
@@ -5,6 +7,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <limits>
 #include <morvane/core/literals.h>
@@ -310,17 +313,33 @@ TEST(Format, MayTakeItsOwnTextAsPatternAndArgument) {
     EXPECT_TRUE(data.isEmpty());
 }
 
-TEST(Format, LooksAtNoLocale) {
-    for (char const * name : {"de_DE.UTF-8", "fr_FR.UTF-8", "de_DE", "C"}) {
-        if (std::setlocale(LC_ALL, name) == nullptr) {
-            continue;
+/// Sets a locale whose decimal point is a comma, one made for the purpose where the system has none.
+bool setCommaLocale(TemporaryFolder const & folder) {
+    for (char const * name : {"de_DE.UTF-8", "fr_FR.UTF-8", "made"}) {
+        if (name == std::string("made")) {
+            std::string const target = folder.path("made").string();
+            setenv("LOCPATH", folder.path("").c_str(), 1);
+            if (std::system(("localedef -i de_DE -f UTF-8 '" + target + "' >/dev/null 2>&1").c_str()) != 0) {
+                return false;
+            }
         }
-        _DataString data;
-        data.format("%.2f %g %e %a %.1Lf", 1234.5, 0.25, 1.5, 1.5, 2.5L);
-        EXPECT_STREQ(data.get_data(), "1234.50 0.25 1.500000e+00 0x1.8p+0 2.5") << name;
-        EXPECT_EQ(_DataString("2.25").toDouble(), 2.25) << name;
-        EXPECT_STREQ(_DataString(0.5F).get_data(), "0.500000") << name;
+        if (std::setlocale(LC_ALL, name) != nullptr && *std::localeconv()->decimal_point == ',') {
+            return true;
+        }
     }
+    return false;
+}
+
+TEST(Format, LooksAtNoLocale) {
+    TemporaryFolder const folder;
+    if (!setCommaLocale(folder)) {
+        GTEST_SKIP() << "no locale with a comma, and none could be made";
+    }
+    _DataString data;
+    data.format("%.2f %g %e %a %.1Lf", 1234.5, 0.25, 1.5, 1.5, 2.5L);
+    EXPECT_STREQ(data.get_data(), "1234.50 0.25 1.500000e+00 0x1.8p+0 2.5");
+    EXPECT_EQ(_DataString("2.25").toDouble(), 2.25);
+    EXPECT_STREQ(_DataString(0.5F).get_data(), "0.500000");
     std::setlocale(LC_ALL, "C");
 }
 

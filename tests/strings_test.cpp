@@ -643,15 +643,18 @@ TYPED_TEST(Text, EndsReleasedWhenTheHeapRefuses) {
     expectReleased(text);
 }
 
+/// Blocks of the heap that the class takes its buffers from.
+template <typename String>
+long liveBuffers() {
+    return std::is_same_v<String, _WideString> ? counting_heap::liveBlocks() : ordinary_allocator::liveBlocks.load();
+}
+
 TYPED_TEST(Text, KeepsExactlyOneBufferAlive) {
-    bool const isWide = std::is_same_v<TypeParam, _WideString>;
-    auto const blocks = [isWide] {
-        return isWide ? counting_heap::liveBlocks() : ordinary_allocator::liveBlocks.load();
-    };
+    constexpr bool isWide = std::is_same_v<TypeParam, _WideString>;
     auto const counted = [] {
         return globalProcessMemory->heapAllocationCount() - globalProcessMemory->heapUnallocationCount();
     };
-    long const blocksBefore = blocks();
+    long const blocksBefore = liveBuffers<TypeParam>();
     auto const countBefore = counted();
     auto word = units<TypeParam>("b");
     auto to = units<TypeParam>("xyz");
@@ -661,10 +664,10 @@ TYPED_TEST(Text, KeepsExactlyOneBufferAlive) {
     text.replace(word.data(), to.data());
     text.remove(word[0]);
     text.format(units<TypeParam>("%s!").c_str(), text.get_data());
-    EXPECT_EQ(blocks(), blocksBefore + 1);
+    EXPECT_EQ(liveBuffers<TypeParam>(), blocksBefore + 1);
     EXPECT_EQ(counted(), countBefore + (isWide ? 1 : 0));
     text.empty();
-    EXPECT_EQ(blocks(), blocksBefore);
+    EXPECT_EQ(liveBuffers<TypeParam>(), blocksBefore);
     EXPECT_EQ(counted(), countBefore);
 }
 

@@ -81,17 +81,27 @@ TYPED_TEST(Search, CountsMoreThanACounterOfItsUnitHolds) {
 TYPED_TEST(Search, FindsTextAsTheStandardLibraryDoes) {
     for (int step = 0; step < 20000; ++step) {
         std::size_t const letters = 1 + this->below(3);
-        auto const all = this->text(this->below(200), letters);
+        auto all = this->text(this->below(200), letters);
+        if (this->below(3) == 0) {
+            // Periodic, with a flaw.
+            auto const period = this->text(1 + this->below(9), letters);
+            for (all = period; all.size() < 150;) {
+                all += period;
+            }
+            all[this->below(all.size())] = TypeParam('b');
+        }
         auto sought = this->text(this->below(12), letters);
         if (this->below(2) == 0 && !all.empty()) {
             std::size_t const start = this->below(all.size());
             sought = all.substr(start, this->below(100));
         }
         TextSearcher<TypeParam> searcher(this->view(sought));
+        auto twoWay = TextSearcher<TypeParam>::twoWay(this->view(sought));
         std::size_t from = 0;
         do {
             std::size_t const expected = all.find(sought, from);
             ASSERT_EQ(searcher.find(this->view(all), from), expected);
+            ASSERT_EQ(twoWay.find(this->view(all), from), expected);
             from = expected == all.npos ? all.size() + 1 : expected + 1;
         } while (from <= all.size());
     }

@@ -259,6 +259,13 @@ std::size_t findDifference(Unit const * left, Unit const * right, std::size_t co
 }
 
 template <typename Unit>
+TextSearcher<Unit> TextSearcher<Unit>::twoWay(TextView<Unit> text) noexcept {
+    TextSearcher searcher(text);
+    searcher.factor();
+    return searcher;
+}
+
+template <typename Unit>
 std::size_t TextSearcher<Unit>::find(TextView<Unit> text, std::size_t from) noexcept {
     if (sought.length > text.length - from) {
         return notFound;
@@ -313,7 +320,10 @@ std::size_t TextSearcher<Unit>::findTwoWay(TextView<Unit> text, std::size_t from
     while (text.length - from >= sought.length) {
         Unit const * const place = text.data + from;
         std::size_t const start = std::max(cut, known);
-        std::size_t const same = findDifference(place + start, sought.data + start, sought.length - start);
+        // The first unit tells in most places.
+        std::size_t const same = place[start] != sought[start]
+                                     ? 0
+                                     : findDifference(place + start, sought.data + start, sought.length - start);
         if (start + same < sought.length) {
             from += start + same - cut + 1;
             known = 0;

@@ -48,6 +48,9 @@ public:
     /// `sought` must live as long as the searcher; an empty one is found everywhere.
     explicit TextSearcher(TextView<Unit> text) noexcept : sought(text) {}
 
+    /// One that uses the two-way algorithm from the start, for what is known to make false starts.
+    static TextSearcher twoWay(TextView<Unit> text) noexcept;
+
     /// The first occurrence at or after `from`, which is not above the length.
     std::size_t find(TextView<Unit> text, std::size_t from = 0) noexcept;
 
