@@ -34,9 +34,7 @@ struct NodeAccess {
     static _WideString & value(Node & node) noexcept { return node.nodeValue; }
     static DOM::_XMLDocument * document(Node const & node) noexcept { return node.documentNode; }
     static std::uint32_t type(Node const & node) noexcept { return node.nodeType; }
-    /// Null where the list was not made yet.
-    static _Container * children(DOM::_XMLElement const & element) noexcept { return element.childElements; }
-    static DOM::_XMLNamedNodeMap * attributes(DOM::_XMLElement const & element) noexcept { return element.attributes; }
+    /// Null where there was none yet.
     static DOM::_XMLNamedNodeMap * attributes(DOM::_XMLProcessingInstruction const & node) noexcept {
         return node.attributes;
     }
@@ -66,7 +64,7 @@ struct NodeAccess {
     }
     static DOM::_XMLAttribute * link(DOM::_XMLProcessingInstruction & parent,
                                      std::unique_ptr<DOM::_XMLAttribute> attribute) {
-        makeList(parent.attributes).addObject(attribute.get());
+        addTo(*parent.get_attributes(), attribute.get());
         return attribute.release();
     }
     template <typename Class>
@@ -74,16 +72,6 @@ struct NodeAccess {
         parent.addChildNode(node.get());
         return node.release();
     }
-
-    /// Takes the lists away from an element that is being taken apart.
-    static _Container * takeChildren(DOM::_XMLElement & element) noexcept {
-        return std::exchange(element.childElements, nullptr);
-    }
-    static DOM::_XMLNamedNodeMap * takeAttributes(DOM::_XMLElement & element) noexcept {
-        return std::exchange(element.attributes, nullptr);
-    }
-
-    static DOM::_XMLDocument * nextSharer(DOM::_XMLDocument const & document) noexcept { return document.nextSharer; }
 };
 
 /// True when the object is exactly a `Class` of this library, so that no derived class has a say in it.

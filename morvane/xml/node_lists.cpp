@@ -1,19 +1,20 @@
 #include <morvane/xml/node_lists.h>
 
+#include <memory>
 #include <morvane/platform/process_heap.h>
 #include <morvane/xml/growing_stack.h>
 #include <morvane/xml/node_access.h>
 #include <new>
+#include <utility>
 
 namespace morvane {
 
 namespace {
 
-/// A list whose items are being deleted, the next of them, and the element that owns the list.
+/// An element whose children are being deleted, and the index of the next one.
 struct Deletion {
-    ChildList * list;
+    DOM::_XMLElement * element;
     std::uint32_t next;
-    DOM::_XMLElement * owner;
 };
 
 } // namespace
@@ -35,53 +36,154 @@ void NodeList<List>::operator delete(void * block) noexcept {
 template class NodeList<_Container>;
 template class NodeList<DOM::_XMLNamedNodeMap>;
 
-void releaseList(DOM::_XMLNamedNodeMap * attributes) noexcept {
-    if (attributes != nullptr && AttributeList::of(*attributes).letGo()) {
-        delete &AttributeList::of(*attributes);
+void addTo(_Container & list, _Object * item) {
+    if (list.addObject(item) == static_cast<std::uint32_t>(-1)) {
+        throw std::bad_alloc();
     }
 }
 
-void releaseList(_Container * children) noexcept {
-    if (children == nullptr || !ChildList::of(*children).letGo()) {
-        return;
+void releaseAttributes(DOM::_XMLNamedNodeMap * map) noexcept {
+    if (map != nullptr && AttributeList::of(*map).letGo()) {
+        delete &AttributeList::of(*map);
     }
-    GrowingStack<Deletion, 32> open;
-    if (ChildList::of(*children).ownsItems()) {
-        // There is always room for the first.
-        static_cast<void>(open.push({&ChildList::of(*children), 0, nullptr}));
+}
+
+ChildList & ElementLists::children(Element const & element) {
+    if (element.hasOnlyChild || element.childElements == nullptr) {
+        auto list = std::make_unique<ChildList>();
+        if (element.hasOnlyChild) {
+            addTo(*list, element.onlyChild);
+        }
+        element.hasOnlyChild = false;
+        element.childElements = list.release();
+    }
+    return ChildList::of(*element.childElements);
+}
+
+AttributeList & ElementLists::attributes(Element const & element) {
+    if (element.hasOnlyAttribute || element.attributes == nullptr) {
+        auto list = std::make_unique<AttributeList>();
+        if (element.hasOnlyAttribute) {
+            addTo(*list, element.onlyAttribute);
+        }
+        element.hasOnlyAttribute = false;
+        element.attributes = list.release();
+    }
+    return AttributeList::of(*element.attributes);
+}
+
+void ElementLists::addChild(Element & element, DOM::_XMLNode * node) {
+    if (!element.hasOnlyChild && element.childElements == nullptr) {
+        element.onlyChild = node;
+        element.hasOnlyChild = true;
     } else {
-        delete &ChildList::of(*children);
+        addTo(children(element), node);
+    }
+}
+
+void ElementLists::addAttribute(Element & element, DOM::_XMLAttribute * attribute) {
+    if (!element.hasOnlyAttribute && element.attributes == nullptr) {
+        element.onlyAttribute = attribute;
+        element.hasOnlyAttribute = true;
+    } else {
+        addTo(attributes(element), attribute);
+    }
+}
+
+void ElementLists::share(Element & element, Element const & other) {
+    // Both are made before one is shared, so that nothing is left behind where one can't be made.
+    ChildList & childList = children(other);
+    AttributeList & attributeList = attributes(other);
+    childList.share();
+    attributeList.share();
+    element.childElements = &childList;
+    element.attributes = &attributeList;
+}
+
+void ElementLists::release(Element & element) noexcept {
+    // A node derived elsewhere may have its dying parent make a list anew.
+    while (element.hasOnlyAttribute || element.attributes != nullptr || element.hasOnlyChild
+           || element.childElements != nullptr) {
+        releaseAttributes(element);
+        releaseChildren(element);
+    }
+}
+
+void ElementLists::releaseAttributes(Element & element) noexcept {
+    if (element.hasOnlyAttribute) {
+        DOM::_XMLAttribute * const attribute = element.onlyAttribute;
+        element.hasOnlyAttribute = false;
+        element.attributes = nullptr;
+        delete attribute;
+    } else {
+        morvane::releaseAttributes(std::exchange(element.attributes, nullptr));
+    }
+}
+
+/// True when the children go with the element, and may be taken out one by one.
+bool ElementLists::ownsChildren(Element const & element) noexcept {
+    if (element.hasOnlyChild || element.childElements == nullptr) {
+        return element.hasOnlyChild;
+    }
+    ChildList const & list = ChildList::of(*element.childElements);
+    return list.isAlone() && list.ownsItems();
+}
+
+/// Takes out the next child that there is; null when none is left.
+_Object * ElementLists::takeChild(Element & element, std::uint32_t & next) noexcept {
+    if (element.hasOnlyChild) {
+        DOM::_XMLNode * const child = element.onlyChild;
+        element.hasOnlyChild = false;
+        element.childElements = nullptr;
+        return child;
+    }
+    if (element.childElements != nullptr) {
+        ChildList & list = ChildList::of(*element.childElements);
+        while (next < list.get_count()) {
+            if (_Object * const item = list.take(next++)) {
+                return item;
+            }
+        }
+    }
+    return nullptr;
+}
+
+void ElementLists::releaseChildren(Element & top) noexcept {
+    GrowingStack<Deletion, 32> open;
+    if (ownsChildren(top)) {
+        // There is always room for the first.
+        static_cast<void>(open.push({&top, 0}));
     }
     while (!open.isEmpty()) {
         Deletion & deletion = open.top();
-        if (deletion.next < deletion.list->get_count()) {
-            _Object * const item = deletion.list->take(deletion.next++);
-            if (item == nullptr) {
-                continue;
-            }
-            if (isExactly<DOM::_XMLElement>(*item)) {
-                auto * const element = static_cast<DOM::_XMLElement *>(item);
-                releaseList(NodeAccess::takeAttributes(*element));
-                _Container * const list = NodeAccess::children(*element);
+        if (_Object * const item = takeChild(*deletion.element, deletion.next)) {
+            if (isExactly<Element>(*item)) {
+                auto & element = static_cast<Element &>(*item);
+                releaseAttributes(element);
                 // Where the stack can't grow, the element's destructor goes down one level instead.
-                if (list != nullptr && ChildList::of(*list).isAlone() && ChildList::of(*list).ownsItems()
-                    && open.push({&ChildList::of(*list), 0, element})) {
+                if (ownsChildren(element) && open.push({&element, 0})) {
                     continue;
                 }
             }
             delete item;
-        } else {
-            Deletion const done = deletion;
-            open.pop();
-            if (done.owner == nullptr) {
-                delete done.list;
-                continue;
-            }
-            NodeAccess::takeChildren(*done.owner);
-            if (done.list->letGo()) {
-                delete done.list;
-            }
-            delete done.owner;
+            continue;
+        }
+        Element & emptied = *deletion.element;
+        open.pop();
+        if (&emptied != &top) {
+            dropChildList(emptied);
+            delete &emptied;
+        }
+    }
+    dropChildList(top);
+}
+
+/// Lets go of the list of children, if there is one.
+void ElementLists::dropChildList(Element & element) noexcept {
+    if (!element.hasOnlyChild && element.childElements != nullptr) {
+        ChildList & list = ChildList::of(*std::exchange(element.childElements, nullptr));
+        if (list.letGo()) {
+            delete &list;
         }
     }
 }

@@ -5,28 +5,23 @@
 #include <cstdint>
 #include <morvane/containers/container.h>
 #include <morvane/containers/list_block.h>
+#include <morvane/xml/xml_element.h>
 #include <morvane/xml/xml_named_node_map.h>
-#include <utility>
 
 namespace morvane {
 
-/// A list that a node makes when it first needs one.
+/// A list that a node makes when it needs one.
 template <typename List>
 class NodeList final : public List {
 public:
     /// Every list behind the fields of a node was made as one of these.
     static NodeList & of(List & list) noexcept { return static_cast<NodeList &>(list); }
-    static NodeList const & of(List const & list) noexcept { return static_cast<NodeList const &>(list); }
 
     void share() noexcept { ++sharers; }
     bool isAlone() const noexcept { return sharers == 1; }
     /// True when that was the last node.
     bool letGo() noexcept { return --sharers == 0; }
 
-    /// The item at `index`; null outside the list.
-    _Object * getObjectAt(std::uint32_t index) const noexcept {
-        return static_cast<_Object *>(this->List::getItem(index));
-    }
     /// True when the items go with this list, so that they may be taken out and deleted one by one.
     bool ownsItems() const noexcept {
         if (!this->get_deleteAll() || this->get_list() == nullptr) {
@@ -59,38 +54,68 @@ extern template class NodeList<DOM::_XMLNamedNodeMap>;
 using ChildList = NodeList<_Container>;
 using AttributeList = NodeList<DOM::_XMLNamedNodeMap>;
 
-/// The list behind `field`, made now if there was none.
-template <typename List>
-NodeList<List> & makeList(List *& field) {
-    if (field == nullptr) {
-        field = new NodeList<List>;
+/// Appends `item` to `list`; throws `std::bad_alloc`, with nothing changed, where there is no room.
+void addTo(_Container & list, _Object * item);
+
+/// Lets go of the attributes of a node; the last node that does so deletes the map with what it owns. Null is ignored.
+void releaseAttributes(DOM::_XMLNamedNodeMap * map) noexcept;
+
+/// The children and attributes of an element, whichever way it holds them.
+struct ElementLists {
+    using Element = DOM::_XMLElement;
+
+    static std::uint32_t childCount(Element const & element) noexcept {
+        if (element.hasOnlyChild) {
+            return 1;
+        }
+        return element.childElements == nullptr ? 0 : element.childElements->get_count();
     }
-    return NodeList<List>::of(*field);
-}
+    /// Null outside the list.
+    static DOM::_XMLNode * child(Element const & element, std::uint32_t index) noexcept {
+        if (element.hasOnlyChild) {
+            return index == 0 ? element.onlyChild : nullptr;
+        }
+        // The call goes straight: nothing derives from that class.
+        return element.childElements == nullptr
+                   ? nullptr
+                   : static_cast<DOM::_XMLNode *>(element.childElements->_Container::getItem(index));
+    }
+    static std::uint32_t attributeCount(Element const & element) noexcept {
+        if (element.hasOnlyAttribute) {
+            return 1;
+        }
+        return element.attributes == nullptr ? 0 : element.attributes->get_count();
+    }
+    /// Null outside the list.
+    static DOM::_XMLAttribute * attribute(Element const & element, std::uint32_t index) noexcept {
+        if (element.hasOnlyAttribute) {
+            return index == 0 ? element.onlyAttribute : nullptr;
+        }
+        return element.attributes == nullptr
+                   ? nullptr
+                   : static_cast<DOM::_XMLAttribute *>(element.attributes->_Container::getItem(index));
+    }
 
-/// The list behind `field` with one more node on it; made now if there was none.
-template <typename List>
-List * shareList(List *& field) {
-    NodeList<List> & list = makeList(field);
-    list.share();
-    return &list;
-}
+    /// The lists, made now if there were none.
+    static ChildList & children(Element const & element);
+    static AttributeList & attributes(Element const & element);
 
-/// Lets go of a list; the last node that does so deletes it with what it owns. Null is ignored.
-void releaseList(DOM::_XMLNamedNodeMap * attributes) noexcept;
-/// The same. Elements of the library's own class are taken apart at any depth in constant stack: the attributes of each
-/// first, then its children, then itself.
-void releaseList(_Container * children) noexcept;
+    static void addChild(Element & element, DOM::_XMLNode * node);
+    static void addAttribute(Element & element, DOM::_XMLAttribute * attribute);
 
-/// The number of items in the list behind a field, which may not be made yet, and one of them; null outside the list.
-template <typename List>
-std::uint32_t countOf(List const * list) noexcept {
-    return list == nullptr ? 0 : list->get_count();
-}
-template <typename Item, typename List>
-Item * itemOf(List const * list, std::uint32_t index) noexcept {
-    // The call goes straight: nothing derives from that class.
-    return list == nullptr ? nullptr : static_cast<Item *>(NodeList<List>::of(*list).getObjectAt(index));
-}
+    /// Makes `element`, which holds nothing, share the lists of `other`.
+    static void share(Element & element, Element const & other);
+    /// Lets go of the attributes first and the children second; what nobody shares is deleted. Elements of the
+    /// library's own class are taken apart at any depth in constant stack: the attributes of each first, then its
+    /// children, then itself.
+    static void release(Element & element) noexcept;
+
+private:
+    static void releaseAttributes(Element & element) noexcept;
+    static void releaseChildren(Element & element) noexcept;
+    static void dropChildList(Element & element) noexcept;
+    static bool ownsChildren(Element const & element) noexcept;
+    static _Object * takeChild(Element & element, std::uint32_t & next) noexcept;
+};
 
 } // namespace morvane

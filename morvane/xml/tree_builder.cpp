@@ -31,7 +31,7 @@ void trace(WideView event) {
 /// The raw values of the words that are left, as cutting a tag tells them.
 void traceRawValues(WordSplitter words) {
     AttributeWord attribute;
-    while (platform::isDebugListening() && nextAttribute(words, attribute)) {
+    while (nextAttribute(words, attribute)) {
         trace(attribute.rawValue);
     }
 }
@@ -144,7 +144,9 @@ std::unique_ptr<DOM::_XMLElement> TreeBuilder::makeElement(WideView text, bool i
     WordSplitter words(text, WordSplitter::Quotes::hold);
     WideView name;
     words.next(name);
-    traceRawValues(words);
+    if (platform::isDebugListening()) {
+        traceRawValues(words);
+    }
     if (isEmptyElement) {
         trace(name);
     }
@@ -165,7 +167,9 @@ void TreeBuilder::linkProcessingInstruction(WideView text) {
     WordSplitter words(text, WordSplitter::Quotes::hold);
     WideView name;
     words.next(name);
-    traceRawValues(words);
+    if (platform::isDebugListening()) {
+        traceRawValues(words);
+    }
     auto node = NodeAccess::make<DOM::_XMLProcessingInstruction>(&document, nullptr, {.name = name, .value = {}});
     attributes.clear();
     AttributeWord word;

@@ -36,7 +36,10 @@ void TreePrinter::printComment(DOM::_XMLComment const & comment, std::int64_t le
 
 void TreePrinter::printProcessingInstruction(DOM::_XMLProcessingInstruction const & node) {
     append(u"<?xml"_wv);
-    appendAttributes(NodeAccess::attributes(node));
+    DOM::_XMLNamedNodeMap const * const attributes = NodeAccess::attributes(node);
+    for (std::uint32_t index = 0; attributes != nullptr && index < attributes->get_count(); ++index) {
+        appendAttribute(attributes->getNamedNode(index));
+    }
     append(u"?>"_wv);
 }
 
@@ -48,7 +51,7 @@ void TreePrinter::printElement(DOM::_XMLElement const & top, std::int64_t level)
         if (parent.next == parent.count) {
             endElement(*parent.element, level + depth - 1);
             open.pop();
-        } else if (auto * const child = itemOf<DOM::_XMLNode>(NodeAccess::children(*parent.element), parent.next++)) {
+        } else if (auto * const child = ElementLists::child(*parent.element, parent.next++)) {
             printChild(*child, level + depth);
         }
     }
@@ -127,18 +130,16 @@ void TreePrinter::appendMarkup(DOM::_XMLNode const & node, WideView head, WideVi
     append(settings.termination);
 }
 
-void TreePrinter::appendAttributes(DOM::_XMLNamedNodeMap const * attributes) {
-    for (std::uint32_t index = 0; index < countOf(attributes); ++index) {
-        auto * const node = itemOf<DOM::_XMLNode>(attributes, index);
-        if (node == nullptr) {
-            continue;
-        }
-        text.append(u' ');
-        if (isExactly<DOM::_XMLAttribute>(*node)) {
-            printAttribute(static_cast<DOM::_XMLAttribute const &>(*node));
-        } else {
-            append(node->toString(0));
-        }
+/// Appends an attribute behind a blank; null is passed over.
+void TreePrinter::appendAttribute(DOM::_XMLNode * node) {
+    if (node == nullptr) {
+        return;
+    }
+    text.append(u' ');
+    if (isExactly<DOM::_XMLAttribute>(*node)) {
+        printAttribute(static_cast<DOM::_XMLAttribute const &>(*node));
+    } else {
+        append(node->toString(0));
     }
 }
 
@@ -160,17 +161,20 @@ void TreePrinter::appendOnlyText(DOM::_XMLNode & node, std::int64_t level) {
 /// Prints an element that fits on one line, or the start tag of another, which is open then.
 void TreePrinter::beginElement(DOM::_XMLElement const & element, std::int64_t level) {
     LineSettings const settings = settingsOf(element);
-    std::uint32_t const count = element.getNodeCount();
-    bool const hasText = element.hasText();
+    std::uint32_t const count = ElementLists::childCount(element);
+    DOM::_XMLNode * const only = count == 1 ? ElementLists::child(element, 0) : nullptr;
+    bool const hasText = only != nullptr && NodeAccess::type(*only) == DOM::TEXT_NODE;
     appendIndent(settings.space, level);
     text.append(u'<');
     append(NodeAccess::name(element));
-    appendAttributes(NodeAccess::attributes(element));
-    if (count == 0 || (hasText && element.hasTextEmpty())) {
+    for (std::uint32_t index = 0; index < ElementLists::attributeCount(element); ++index) {
+        appendAttribute(ElementLists::attribute(element, index));
+    }
+    if (count == 0 || (hasText && NodeAccess::value(*only).isEmpty())) {
         append(u"/>"_wv);
     } else if (hasText) {
         text.append(u'>');
-        appendOnlyText(*element.getNode(0), level + 1);
+        appendOnlyText(*only, level + 1);
         append(u"</"_wv);
         append(NodeAccess::name(element));
         text.append(u'>');

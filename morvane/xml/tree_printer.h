@@ -45,7 +45,7 @@ private:
     void appendWhole(_WideString const & part) noexcept;
     void appendIndent(WideView space, std::int64_t level) noexcept;
     void appendMarkup(DOM::_XMLNode const & node, WideView head, WideView tail, std::int64_t level);
-    void appendAttributes(DOM::_XMLNamedNodeMap const * attributes);
+    void appendAttribute(DOM::_XMLNode * node);
     void appendOnlyText(DOM::_XMLNode & node, std::int64_t level);
     void beginElement(DOM::_XMLElement const & element, std::int64_t level);
     void endElement(DOM::_XMLElement const & element, std::int64_t level);

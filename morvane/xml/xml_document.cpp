@@ -46,42 +46,53 @@ bool findDeclaration(morvane::TextView<Unit> text, std::uint32_t & position, Str
     return true;
 }
 
-/// A list on a walk down a tree, and the next of its items.
+/// Gives a node and its attributes to `heir` where they know `former` as their document.
+void handOverNode(DOM::_XMLNode & node, DOM::_XMLDocument const * former, DOM::_XMLDocument * heir) {
+    if (node.get_documentNode() == former) {
+        node.set_documentNode(heir);
+    }
+    if (auto const * const element = dynamic_cast<DOM::_XMLElement const *>(&node)) {
+        for (std::uint32_t index = 0; index < element->getAttributeCount(); ++index) {
+            if (DOM::_XMLAttribute * const attribute = element->getAttribute(index)) {
+                handOverNode(*attribute, former, heir);
+            }
+        }
+    } else if (auto const * const instruction = dynamic_cast<DOM::_XMLProcessingInstruction const *>(&node)) {
+        DOM::_XMLNamedNodeMap const * const map = NodeAccess::attributes(*instruction);
+        for (std::uint32_t index = 0; map != nullptr && index < map->get_count(); ++index) {
+            if (DOM::_XMLNode * const attribute = map->getNamedNode(index)) {
+                handOverNode(*attribute, former, heir);
+            }
+        }
+    }
+}
+
+/// An element on a walk down a tree, and the next of its children.
 struct Walk {
-    _Container const * list;
+    DOM::_XMLElement const * element;
     std::uint32_t next;
 };
 
-/// Gives the nodes under `nodes` that know `former` as their document to `heir`.
-void handOver(_Container const & nodes, DOM::_XMLDocument const * former, DOM::_XMLDocument * heir) {
+/// Gives `top` and the nodes under it to `heir` where they know `former` as their document.
+void handOver(DOM::_XMLNode & top, DOM::_XMLDocument const * former, DOM::_XMLDocument * heir) {
     morvane::GrowingStack<Walk, 64> walks;
-    static_cast<void>(walks.push({&nodes, 0}));
-    while (!walks.isEmpty()) {
-        Walk & walk = walks.top();
-        if (walk.next == walk.list->get_count()) {
-            walks.pop();
-            continue;
-        }
-        auto * const node = static_cast<DOM::_XMLNode *>(walk.list->getObject(walk.next++));
-        if (node == nullptr) {
-            continue;
-        }
-        if (node->get_documentNode() == former) {
-            node->set_documentNode(heir);
-        }
-        _Container const * below[2] = {};
-        if (auto const * const element = dynamic_cast<DOM::_XMLElement const *>(node)) {
-            below[0] = NodeAccess::attributes(*element);
-            below[1] = NodeAccess::children(*element);
-        } else if (auto const * const instruction = dynamic_cast<DOM::_XMLProcessingInstruction const *>(node)) {
-            below[0] = NodeAccess::attributes(*instruction);
-        }
-        for (_Container const * const list : below) {
-            // Where the heap refuses the way down, the nodes there keep a document that is gone, as loose nodes do.
-            if (list != nullptr && !walks.push({list, 0})) {
+    DOM::_XMLNode * node = &top;
+    for (;;) {
+        if (node != nullptr) {
+            handOverNode(*node, former, heir);
+            auto const * const element = dynamic_cast<DOM::_XMLElement const *>(node);
+            if (element != nullptr && !walks.push({element, 0})) {
+                // The nodes further on keep a document that is gone, as loose nodes do.
                 return;
             }
         }
+        while (!walks.isEmpty() && walks.top().next == walks.top().element->getNodeCount()) {
+            walks.pop();
+        }
+        if (walks.isEmpty()) {
+            return;
+        }
+        node = walks.top().element->getNode(walks.top().next++);
     }
 }
 
@@ -421,7 +432,7 @@ void DOM::_XMLDocument::set_childNodes(_Container * nodes) {
 
 DOM::_XMLNode * DOM::_XMLDocument::addChildNode(_XMLNode const * node) {
     auto * const child = const_cast<_XMLNode *>(node);
-    childNodes->addObject(child);
+    morvane::addTo(*childNodes, child);
     return child;
 }
 
@@ -463,6 +474,10 @@ void DOM::_XMLDocument::releaseTree() {
         before = before->nextSharer;
     }
     before->nextSharer = nextSharer;
-    handOver(*childNodes, this, nextSharer);
+    for (std::uint32_t index = 0; index < childNodes->get_count(); ++index) {
+        if (auto * const node = static_cast<_XMLNode *>(childNodes->getObject(index))) {
+            handOver(*node, this, nextSharer);
+        }
+    }
     nextSharer = this;
 }

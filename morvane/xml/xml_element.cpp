@@ -1,49 +1,42 @@
 #include <morvane/xml/xml_element.h>
 
 #include <morvane/strings/text_view.h>
+#include <morvane/xml/folded_name.h>
 #include <morvane/xml/node_access.h>
 #include <morvane/xml/node_lists.h>
 #include <morvane/xml/tree_printer.h>
 #include <utility>
 
+using morvane::ElementLists;
 using morvane::NodeAccess;
 
 DOM::_XMLElement::_XMLElement() : _XMLNode(ELEMENT_NODE) {}
 
 DOM::_XMLElement::_XMLElement(_XMLElement const & other) : _XMLNode(other) {
-    // Both are made before one is shared, so that nothing is left behind where one can't be made.
-    morvane::makeList(other.childElements);
-    attributes = morvane::shareList(other.attributes);
-    childElements = morvane::shareList(other.childElements);
+    ElementLists::share(*this, other);
 }
 
 DOM::_XMLElement::~_XMLElement() {
-    morvane::releaseList(std::exchange(attributes, nullptr));
-    morvane::releaseList(std::exchange(childElements, nullptr));
-    // A node derived elsewhere may have asked its dying parent for a list.
-    morvane::releaseList(attributes);
-    morvane::releaseList(childElements);
+    ElementLists::release(*this);
 }
 
 DOM::_XMLElement & DOM::_XMLElement::operator=(_XMLElement const & other) {
     if (this != &other) {
-        // The other's lists first: letting go of the own may delete the other.
+        // Letting go of the own lists may delete the other element.
+        _XMLElement const kept(other);
         _XMLNode::operator=(other);
-        morvane::makeList(other.childElements);
-        _XMLNamedNodeMap * const map = morvane::shareList(other.attributes);
-        _Container * const children = morvane::shareList(other.childElements);
-        morvane::releaseList(std::exchange(attributes, map));
-        morvane::releaseList(std::exchange(childElements, children));
+        ElementLists::release(*this);
+        ElementLists::share(*this, kept);
     }
     return *this;
 }
 
 _Container * DOM::_XMLElement::get_childElements() const {
-    return &morvane::makeList(childElements);
+    return &ElementLists::children(*this);
 }
 
 DOM::_XMLNamedNodeMap * DOM::_XMLElement::get_attributes() const {
-    return &morvane::makeList(attributes);
+    return &ElementLists::attributes(*this);
 }
 
 DOM::_XMLNode * DOM::_XMLElement::addChildNode(_XMLNode const * node) {
@@ -53,7 +46,7 @@ DOM::_XMLNode * DOM::_XMLElement::addChildNode(_XMLNode const * node) {
     // Linking hands the node over, so that it is the element's to change.
     auto * const child = const_cast<_XMLNode *>(node);
     child->set_parentNode(this);
-    morvane::makeList(childElements).addObject(child);
+    ElementLists::addChild(*this, child);
     return child;
 }
 
@@ -86,11 +79,11 @@ DOM::_XMLNode * DOM::_XMLElement::firstChild() const {
 }
 
 DOM::_XMLNode * DOM::_XMLElement::getNode(std::uint32_t index) const {
-    return morvane::itemOf<_XMLNode>(childElements, index);
+    return ElementLists::child(*this, index);
 }
 
 std::uint32_t DOM::_XMLElement::getNodeCount() const {
-    return morvane::countOf(childElements);
+    return ElementLists::childCount(*this);
 }
 
 bool DOM::_XMLElement::hasChildNodes() const {
@@ -98,14 +91,18 @@ bool DOM::_XMLElement::hasChildNodes() const {
 }
 
 DOM::_XMLAttribute * DOM::_XMLElement::getAttribute(std::uint32_t index) const {
-    return morvane::itemOf<_XMLAttribute>(attributes, index);
+    return ElementLists::attribute(*this, index);
 }
 
 std::uint32_t DOM::_XMLElement::getAttributeCount() const {
-    return morvane::countOf(attributes);
+    return ElementLists::attributeCount(*this);
 }
 
 DOM::_XMLAttribute * DOM::_XMLElement::getAttributeNamed(unsigned short int const * name) const {
+    if (hasOnlyAttribute) {
+        bool const isNamed = morvane::equalsFolded(NodeAccess::name(*onlyAttribute), morvane::viewOf(name));
+        return isNamed ? onlyAttribute : nullptr;
+    }
     return attributes == nullptr ? nullptr : static_cast<_XMLAttribute *>(attributes->getNodeNamed(name));
 }
 
@@ -157,16 +154,18 @@ DOM::_XMLAttribute * DOM::_XMLElement::addAttributeNode(_XMLAttribute const * at
         return nullptr;
     }
     auto * const node = const_cast<_XMLAttribute *>(attribute);
-    morvane::makeList(attributes).addObject(node);
+    ElementLists::addAttribute(*this, node);
     return node;
 }
 
 DOM::_XMLElement::_XMLElement(morvane::NodeTexts const & texts) : _XMLNode(ELEMENT_NODE, texts) {}
 
 void DOM::_XMLElement::set_childElements(_Container * children) {
+    hasOnlyChild = false;
     childElements = children;
 }
 
 void DOM::_XMLElement::set_attributes(_XMLNamedNodeMap * map) {
+    hasOnlyAttribute = false;
     attributes = map;
 }

@@ -6,9 +6,13 @@
 
 class _Container;
 
+namespace morvane {
+struct ElementLists;
+}
+
 /// An element: a name, attributes in order, and children of every kind in order.
 ///
-/// Cost: an element without children or attributes has no list for them; the first use makes it. A look-up of an
+/// Cost: an only child or attribute takes no list; the second one, or asking for the list, makes it. A look-up of an
 /// attribute compares the names one by one.
 /// Ownership: the element owns its two lists, and they own what was linked into them. A copy shares both lists; they go
 /// with the last of the elements that share them. Deleting an element deletes its attributes first and its children
@@ -71,6 +75,7 @@ protected:
     _XMLAttribute * addAttributeNode(_XMLAttribute const * attribute);
 
 private:
+    friend struct morvane::ElementLists;
     friend struct morvane::NodeAccess;
 
     explicit _XMLElement(morvane::NodeTexts const & texts);
@@ -78,7 +83,15 @@ private:
     void set_childElements(_Container * children);
     void set_attributes(_XMLNamedNodeMap * map);
 
-    // Null until the first use.
-    mutable _Container * childElements = nullptr;
-    mutable _XMLNamedNodeMap * attributes = nullptr;
+    // A list is made when it is asked for and when a second item comes; a first one stands in its place until then.
+    mutable bool hasOnlyChild = false;
+    mutable bool hasOnlyAttribute = false;
+    union {
+        mutable _Container * childElements = nullptr;
+        mutable _XMLNode * onlyChild;
+    };
+    union {
+        mutable _XMLNamedNodeMap * attributes = nullptr;
+        mutable _XMLAttribute * onlyAttribute;
+    };
 };

@@ -10,26 +10,32 @@ using morvane::NodeAccess;
 
 DOM::_XMLProcessingInstruction::_XMLProcessingInstruction() : _XMLNode(PROCESSING_INSTRUCTION_NODE) {}
 
-DOM::_XMLProcessingInstruction::_XMLProcessingInstruction(_XMLProcessingInstruction const & other)
-    : _XMLNode(other), attributes(morvane::shareList(other.attributes)) {}
+DOM::_XMLProcessingInstruction::_XMLProcessingInstruction(_XMLProcessingInstruction const & other) : _XMLNode(other) {
+    attributes = other.get_attributes();
+    morvane::AttributeList::of(*attributes).share();
+}
 
 DOM::_XMLProcessingInstruction::~_XMLProcessingInstruction() {
-    morvane::releaseList(std::exchange(attributes, nullptr));
-    // A node derived elsewhere may have asked its dying parent for a list.
-    morvane::releaseList(attributes);
+    // A node derived elsewhere may have its dying parent make a map anew.
+    while (attributes != nullptr) {
+        morvane::releaseAttributes(std::exchange(attributes, nullptr));
+    }
 }
 
 DOM::_XMLProcessingInstruction & DOM::_XMLProcessingInstruction::operator=(_XMLProcessingInstruction const & other) {
     if (this != &other) {
-        _XMLNamedNodeMap * const map = morvane::shareList(other.attributes);
+        _XMLProcessingInstruction kept(other);
         _XMLNode::operator=(other);
-        morvane::releaseList(std::exchange(attributes, map));
+        std::swap(attributes, kept.attributes);
     }
     return *this;
 }
 
 DOM::_XMLNamedNodeMap * DOM::_XMLProcessingInstruction::get_attributes() const {
-    return &morvane::makeList(attributes);
+    if (attributes == nullptr) {
+        attributes = new morvane::AttributeList;
+    }
+    return attributes;
 }
 
 DOM::_XMLAttribute * DOM::_XMLProcessingInstruction::getAttribute(unsigned short int const * name) const {
