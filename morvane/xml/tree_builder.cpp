@@ -183,7 +183,9 @@ void TreeBuilder::linkProcessingInstruction(WideView text) {
 template <typename Owner>
 void TreeBuilder::setAttribute(Owner & owner, AttributeWord const & word) {
     if (DOM::_XMLAttribute * const found = attributes.find(word.name)) {
-        assignText(NodeAccess::value(*found), word.value());
+        if (!assignText(NodeAccess::value(*found), word.value())) {
+            throw std::bad_alloc();
+        }
         return;
     }
     auto attribute =

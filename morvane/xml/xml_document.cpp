@@ -20,6 +20,7 @@
 #include <morvane/xml/node_lists.h>
 #include <morvane/xml/tree_builder.h>
 #include <morvane/xml/tree_printer.h>
+#include <new>
 #include <utility>
 
 using namespace morvane::literals;
@@ -320,12 +321,19 @@ bool DOM::_XMLDocument::loadFromString(unsigned short int const * text, _WideStr
         markup = decoded.view();
         markup = markup.first(std::min(morvane::findUnit(markup, 0), markup.length));
     }
-    morvane::ScannedPieces pieces(markup);
-    std::uint32_t const nodeCount = morvane::TreeBuilder(*this, nullptr).build(pieces);
-    if (!pieces.hasYielded()) {
-        error = u"loadFromString:no nodes"_w;
+    try {
+        morvane::ScannedPieces pieces(markup);
+        std::uint32_t const nodeCount = morvane::TreeBuilder(*this, nullptr).build(pieces);
+        if (!pieces.hasYielded()) {
+            error = u"loadFromString:no nodes"_w;
+        }
+        return nodeCount != 0;
+    } catch (std::bad_alloc const &) {
+        // No part of a tree is left that could pass for the whole.
+        childNodes->deleteAll();
+        childNodes->freeExtra();
+        return false;
     }
-    return nodeCount != 0;
 }
 
 bool DOM::_XMLDocument::brokeTag(unsigned short int const * text, _WideString & name, _WideStringArray * attributeNames,

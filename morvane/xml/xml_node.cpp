@@ -100,7 +100,12 @@ void DOM::_XMLNode::operator delete(void *, void *) noexcept {}
 
 DOM::_XMLNode::_XMLNode(NodeType type, morvane::NodeTexts const & texts)
     : nodeName(morvane::makeText(texts.name)), nodeValue(morvane::makeText(texts.value)),
-      nodeType(static_cast<unsigned short int>(type)) {}
+      nodeType(static_cast<unsigned short int>(type)) {
+    if (nodeName.arg() == nullptr || nodeValue.arg() == nullptr) {
+        // A node without its text would be data lost.
+        throw std::bad_alloc();
+    }
+}
 
 void DOM::_XMLNode::set_nodeType(unsigned short int type) {
     nodeType = type;
