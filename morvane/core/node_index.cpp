@@ -53,7 +53,7 @@ bool NodeIndex::build(Node * first, std::uint32_t bytesOfNode) noexcept {
     entries = reinterpret_cast<Entry *>(records + slots);
     entryMask = entryCount - 1;
     hashShift = std::numeric_limits<std::uint64_t>::digits - std::countr_zero(std::uint64_t{entryCount});
-    granuleShift = std::bit_width(bytesOfNode - 1);
+    granuleShift = static_cast<int>(std::bit_width(bytesOfNode - 1));
     nodeBytes = bytesOfNode;
     capacity = static_cast<Slot>(slots);
     for (Node * node = first; node != nullptr; node = node->next) {
