@@ -71,32 +71,34 @@ inline std::string joined(std::initializer_list<std::string_view> parts) {
 /// A node in one line: `name[attribute=value,...](child,...)`, `"text"`, `<![data]`, `<!--comment]`, `?target[...]`.
 inline std::string shownNode(DOM::_XMLNode const & node);
 
-inline std::string shownAttributes(DOM::_XMLNamedNodeMap const & map) {
+template <typename Count, typename Get>
+std::string shownItems(Count count, Get get) {
     std::string result;
-    for (std::uint32_t index = 0; index < map.getNamedNodeCount(); ++index) {
-        DOM::_XMLNode const & attribute = *map.getNamedNode(index);
-        result +=
-            joined({index == 0 ? "[" : ",", shown(attribute.get_nodeName()), "=", shown(attribute.get_nodeValue())});
-    }
-    return result.empty() ? result : result + "]";
-}
-
-inline std::string shownList(_Container const & list) {
-    std::string result;
-    for (std::uint32_t index = 0; index < list.get_count(); ++index) {
+    for (std::uint32_t index = 0; index < count; ++index) {
+        DOM::_XMLNode const & node = *get(index);
         result += index == 0 ? "" : ",";
-        result += shownNode(*static_cast<DOM::_XMLNode const *>(list.getObject(index)));
+        result += node.get_nodeType() == DOM::ATTRIBUTE_NODE
+                      ? joined({shown(node.get_nodeName()), "=", shown(node.get_nodeValue())})
+                      : shownNode(node);
     }
     return result;
 }
 
+inline std::string shownAttributes(DOM::_XMLElement const & element) {
+    std::uint32_t const count = element.getAttributeCount();
+    std::string const items = shownItems(count, [&](std::uint32_t index) { return element.getAttribute(index); });
+    return count == 0 ? "" : joined({"[", items, "]"});
+}
+
 inline std::string shownNode(DOM::_XMLNode const & node) {
+    std::string const name = shown(node.get_nodeName());
     std::string const value = shown(node.get_nodeValue());
     switch (node.get_nodeType()) {
     case DOM::ELEMENT_NODE: {
         auto const & element = static_cast<DOM::_XMLElement const &>(node);
-        std::string const name = shown(node.get_nodeName()) + shownAttributes(*element.get_attributes());
-        return element.hasChildNodes() ? joined({name, "(", shownList(*element.get_childElements()), ")"}) : name;
+        std::uint32_t const count = element.getNodeCount();
+        std::string const items = shownItems(count, [&](std::uint32_t index) { return element.getNode(index); });
+        return joined({name, shownAttributes(element), count == 0 ? "" : joined({"(", items, ")"})});
     }
     case DOM::TEXT_NODE:
         return joined({"\"", value, "\""});
@@ -104,16 +106,29 @@ inline std::string shownNode(DOM::_XMLNode const & node) {
         return joined({"<![", value, "]"});
     case DOM::COMMENT_NODE:
         return joined({"<!--", value, "]"});
-    case DOM::PROCESSING_INSTRUCTION_NODE:
-        return joined({"?", shown(node.get_nodeName()),
-                       shownAttributes(*static_cast<DOM::_XMLProcessingInstruction const &>(node).get_attributes())});
+    case DOM::PROCESSING_INSTRUCTION_NODE: {
+        auto const & map = *static_cast<DOM::_XMLProcessingInstruction const &>(node).get_attributes();
+        std::string const items =
+            shownItems(map.get_count(), [&](std::uint32_t index) { return map.getNamedNode(index); });
+        return joined({"?", name, items.empty() ? "" : joined({"[", items, "]"})});
+    }
     default:
         return "(unexpected node)";
     }
 }
 
+/// The top of a document; asks no element for its lists.
 inline std::string shownDocument(DOM::_XMLDocument const & document) {
-    return shownList(*document.get_childNodes());
+    _Container const & nodes = *document.get_childNodes();
+    return shownItems(nodes.get_count(),
+                      [&](std::uint32_t index) { return static_cast<DOM::_XMLNode const *>(nodes.getObject(index)); });
+}
+
+/// The settings and properties: quote, space, termination, encoding, standalone flag, version.
+inline std::string settings(DOM::_XMLDocument const & document) {
+    return joined({shown(document.get_lineQuote()), "|", shown(document.get_lineSpace()), "|",
+                   shown(document.get_lineTermination()), "|", std::to_string(document.get_encoding()), "|",
+                   document.get_standalone() ? "yes|" : "no|", shown(document.get_version())});
 }
 
 /// Catches what is said on the debug channel; with `silent` nobody listens.
