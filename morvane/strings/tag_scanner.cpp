@@ -1,5 +1,6 @@
 #include <morvane/strings/tag_scanner.h>
 
+#include <bit>
 #include <morvane/strings/unit_search.h>
 #include <morvane/strings/unit_stops.h>
 
@@ -13,6 +14,15 @@ constexpr std::size_t openerUnits = 9;
 constexpr WideView documentTypeOpener = u"<!DOCTYPE"_wv;
 constexpr WideView cdataOpener = u"<![CDATA["_wv;
 static_assert(documentTypeOpener.length == openerUnits && cdataOpener.length == openerUnits);
+
+/// The number of "]" that must stand in front of the ">" which closes the tag at `begin`.
+std::size_t closingBrackets(WideView text, std::size_t begin) noexcept {
+    if (text.length - begin < openerUnits || text[begin + 1] != u'!') {
+        return 0;
+    }
+    WideView const opener = text.part(begin, openerUnits);
+    return opener == documentTypeOpener ? 1 : opener == cdataOpener ? 2 : 0;
+}
 
 /// The first ">" at or after `from` behind `brackets` times "]", none of which stands in front of `from`.
 std::size_t findClosing(WideView text, std::size_t from, std::size_t brackets) noexcept {
@@ -34,9 +44,26 @@ std::size_t findClosing(WideView text, std::size_t from, std::size_t brackets) n
 } // namespace
 
 TagScanner::Found TagScanner::findTag(std::size_t & begin, std::size_t & last) noexcept {
+    // Nearly every tag is a "<" and a ">" with no delimiter in front of them; everything else takes the other way.
+    std::size_t const first = nextStop();
+    if (first == text.length || text[first] != u'<') {
+        return findOddTag(begin, last);
+    }
+    std::size_t const second = nextStop();
+    if (second == text.length || text[second] != u'>' || (rules == Rules::xml && closingBrackets(text, first) != 0)) {
+        return findOddTag(begin, last);
+    }
+    begin = first;
+    last = second;
+    place = second + 1;
+    return Found::tag;
+}
+
+TagScanner::Found TagScanner::findOddTag(std::size_t & begin, std::size_t & last) noexcept {
     begin = notFound;
     last = notFound;
     std::size_t const from = place;
+    stopFrom(from);
     std::size_t at = findStop<u'<', u'>', 0>(text, from);
     if (at != text.length && text[at] == u'>') {
         last = at;
@@ -49,11 +76,7 @@ TagScanner::Found TagScanner::findTag(std::size_t & begin, std::size_t & last) n
         last = rules == Rules::xml ? notFound : last;
         return Found::nothing;
     }
-    std::size_t brackets = 0;
-    if (rules == Rules::xml && text.length - begin >= openerUnits && text[begin + 1] == u'!') {
-        WideView const opener = text.part(begin, openerUnits);
-        brackets = opener == documentTypeOpener ? 1 : opener == cdataOpener ? 2 : 0;
-    }
+    std::size_t const brackets = rules == Rules::xml ? closingBrackets(text, begin) : 0;
     if (brackets != 0) {
         last = findClosing(text, from, brackets);
     } else if (last == notFound) {
@@ -63,7 +86,28 @@ TagScanner::Found TagScanner::findTag(std::size_t & begin, std::size_t & last) n
         return Found::nothing;
     }
     place = last + 1;
+    stopFrom(place);
     return last < begin ? Found::strayEnd : Found::tag;
+}
+
+/// The next delimiter or zero, or the length of the text.
+std::size_t TagScanner::nextStop() noexcept {
+    while (stops == 0) {
+        if (lookedTo >= text.length) {
+            return text.length;
+        }
+        stops = stopsFrom<u'<', u'>', 0>(text, lookedTo);
+        lookedTo += stopsAtOnce;
+    }
+    std::size_t const stop = lookedTo - stopsAtOnce + static_cast<std::size_t>(std::countr_zero(stops));
+    stops &= stops - 1;
+    return stop;
+}
+
+/// Goes on with the stops at and after `from`.
+void TagScanner::stopFrom(std::size_t from) noexcept {
+    stops = 0;
+    lookedTo = from;
 }
 
 } // namespace morvane

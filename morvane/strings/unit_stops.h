@@ -1,4 +1,4 @@
-// Where a scan stops: the first of a few fixed units.
+// Where a scan stops: units of a fixed few, many at a look.
 #pragma once
 
 #include <bit>
@@ -13,25 +13,59 @@
 
 namespace morvane {
 
-/// The index of the first unit at or after `from` that is one of `Stops`, or the length of the text. For scans that
-/// stop every few units: it starts at once and is meant to be inlined.
+/// Units of one look.
+inline constexpr std::size_t stopsAtOnce = 16;
+
+#ifdef MORVANE_STOPS_SSE2
+/// All bits of each of the eight units that is one of `Stops`.
+template <unsigned short int... Stops>
+inline __m128i matchStops(unsigned short int const * units) noexcept {
+    __m128i const eight = _mm_loadu_si128(reinterpret_cast<__m128i const *>(units));
+    __m128i hits = _mm_setzero_si128();
+    ((hits = _mm_or_si128(hits, _mm_cmpeq_epi16(eight, _mm_set1_epi16(static_cast<short>(Stops))))), ...);
+    return hits;
+}
+#endif
+
+/// One bit, from the lowest, for each of the sixteen units that is one of `Stops`.
+template <unsigned short int... Stops>
+inline std::uint32_t stopsOf(unsigned short int const * units) noexcept {
+#ifdef MORVANE_STOPS_SSE2
+    __m128i const hits = _mm_packs_epi16(matchStops<Stops...>(units), matchStops<Stops...>(units + 8));
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(hits));
+#else
+    std::uint32_t hits = 0;
+    for (std::size_t index = 0; index < stopsAtOnce; ++index) {
+        hits |= static_cast<std::uint32_t>(((units[index] == Stops) || ...)) << index;
+    }
+    return hits;
+#endif
+}
+
+/// The same for the units of `text` from `from` on, of which there may be fewer.
+template <unsigned short int... Stops>
+inline std::uint32_t stopsFrom(WideView text, std::size_t from) noexcept {
+    if (text.length - from >= stopsAtOnce) {
+        return stopsOf<Stops...>(text.data + from);
+    }
+    if (text.length >= stopsAtOnce) {
+        std::size_t const back = text.length - stopsAtOnce;
+        return stopsOf<Stops...>(text.data + back) >> (from - back);
+    }
+    std::uint32_t hits = 0;
+    for (std::size_t index = from; index < text.length; ++index) {
+        hits |= static_cast<std::uint32_t>(((text[index] == Stops) || ...)) << (index - from);
+    }
+    return hits;
+}
+
+/// The index of the first unit at or after `from` that is one of `Stops`, or the length of the text.
 template <unsigned short int... Stops>
 inline std::size_t findStop(WideView text, std::size_t from) noexcept {
-    std::size_t index = from;
-#ifdef MORVANE_STOPS_SSE2
-    for (; text.length - index >= 8; index += 8) {
-        __m128i const units = _mm_loadu_si128(reinterpret_cast<__m128i const *>(text.data + index));
-        __m128i hits = _mm_setzero_si128();
-        ((hits = _mm_or_si128(hits, _mm_cmpeq_epi16(units, _mm_set1_epi16(static_cast<short>(Stops))))), ...);
-        auto const mask = static_cast<std::uint32_t>(_mm_movemask_epi8(hits));
-        if (mask != 0) {
-            return index + static_cast<std::size_t>(std::countr_zero(mask)) / 2;
-        }
-    }
-#endif
-    for (; index < text.length; ++index) {
-        if (((text[index] == Stops) || ...)) {
-            return index;
+    for (; from < text.length; from += stopsAtOnce) {
+        std::uint32_t const hits = stopsFrom<Stops...>(text, from);
+        if (hits != 0) {
+            return from + static_cast<std::size_t>(std::countr_zero(hits));
         }
     }
     return text.length;
