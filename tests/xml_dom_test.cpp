@@ -53,13 +53,14 @@ class WatchedText : public DOM::_XMLText {
 public:
     explicit WatchedText(std::string & destroyed) : log(destroyed) {}
     ~WatchedText() override {
-        log += joined({"(", get_parentNode() ? shown(get_parentNode()->get_nodeName()) : "", ")"});
+        log += joined({"(", get_parentNode() != nullptr ? shown(get_parentNode()->get_nodeName()) : "", ")"});
     }
+
+    /// Makes the class larger than its base.
+    char padding[100] = {};
 
 private:
     std::string & log;
-    /// Makes the class larger than its base.
-    char padding[100] = {};
 };
 
 TEST_F(Model, ResetGivesANewDocumentButForTheLineSettings) {

@@ -22,6 +22,9 @@ namespace {
 
 constexpr DataView headBytes{"<?xml", 5};
 constexpr DataView tailBytes{"?>", 2};
+// Made here: within a template Clang 14 calls the literal operator at run time, where it does not exist.
+constexpr WideView headUnits = u"<?xml"_wv;
+constexpr WideView tailUnits = u"?>"_wv;
 /// "<?xml" in units, low byte first.
 constexpr DataView headOfUnits{"<\0?\0x\0m\0l", 10};
 
@@ -161,8 +164,8 @@ bool DeclarationFinder<Unit>::next(TextView<Unit> & declaration) noexcept {
         head = headBytes;
         tail = tailBytes;
     } else {
-        head = u"<?xml"_wv;
-        tail = u"?>"_wv;
+        head = headUnits;
+        tail = tailUnits;
     }
     if (!isOpenerSought || (opener != notFound && opener < place)) {
         opener = findText(text, head, place);
