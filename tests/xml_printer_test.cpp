@@ -135,18 +135,22 @@ TEST_F(Printer, LongPiecesPrintWhole) {
                                      + u">\r\n");
 }
 
+// Not within the template, where Clang 14 calls the literal operator at run time.
+unsigned short int const * const levelPattern = u"{%d}"_w;
+unsigned short int const * const valuePattern = u"v"_w;
+
 /// Says its level, or gives a released text.
 template <typename Class>
 class Own : public Class {
 public:
-    explicit Own(bool silent = false) : isReleased(silent) { this->set_nodeValue(u"v"_w); }
+    explicit Own(bool silent = false) : isReleased(silent) { this->set_nodeValue(valuePattern); }
 
     _WideString toString(std::int32_t level) override {
         _WideString text;
         if (isReleased) {
             text.empty();
         } else {
-            text.format(u"{%d}"_w, level);
+            text.format(levelPattern, level);
         }
         return text;
     }
