@@ -8,11 +8,10 @@ namespace morvane {
 /// The units of one literal, made at compile time, with the closing zero.
 template <std::size_t Count>
 struct LiteralUnits {
-    unsigned short int units[Count] {};
+    unsigned short int units[Count]{};
 
     // NOLINTNEXTLINE(google-explicit-constructor): the literal operator below converts.
-    consteval LiteralUnits(char16_t const (&text)[Count])
-    {
+    consteval LiteralUnits(char16_t const (&text)[Count]) {
         for (std::size_t index = 0; index < Count; ++index) {
             units[index] = text[index];
         }
@@ -23,8 +22,7 @@ namespace literals {
 
 /// The code units of the literal, zero-closed, in static storage: `u"name"_w`.
 template <LiteralUnits Text>
-consteval unsigned short int const * operator""_w()
-{
+consteval unsigned short int const * operator""_w() {
     return Text.units;
 }
 

@@ -5,6 +5,11 @@
 
 namespace {
 
+/// One more than the number of the thread's share; 0 as long as it has none.
+constinit thread_local std::uint32_t shareNumber = 0;
+
+constinit std::atomic<std::uint32_t> threadsThatCount{0};
+
 void countCall(std::atomic<std::int32_t> & count) {
     if (morvane::platform::isSingleThreaded()) {
         auto const next = static_cast<std::uint32_t>(count.load(std::memory_order_relaxed)) + 1;
@@ -16,11 +21,22 @@ void countCall(std::atomic<std::int32_t> & count) {
 
 } // namespace
 
-_Memory::_Memory() : heapHandle(morvane::platform::processHeap()), allocationCount(0), unallocationCount(0) {}
+inline _Memory::Share & _Memory::shareOfThread() {
+    if (morvane::platform::isSingleThreaded()) {
+        return shares[0];
+    }
+    if (shareNumber == 0) {
+        shareNumber = threadsThatCount.fetch_add(1, std::memory_order_relaxed) % shareCount + 1;
+    }
+    return shares[shareNumber - 1];
+}
 
-_Memory::_Memory(_Memory const & other)
-    : heapHandle(other.heapHandle), allocationCount(other.get_allocationCount()),
-      unallocationCount(other.get_unallocationCount()) {}
+_Memory::_Memory() : heapHandle(morvane::platform::processHeap()) {}
+
+_Memory::_Memory(_Memory const & other) : heapHandle(other.heapHandle) {
+    set_allocationCount(other.get_allocationCount());
+    set_unallocationCount(other.get_unallocationCount());
+}
 
 _Memory::~_Memory() = default;
 
@@ -32,12 +48,12 @@ _Memory & _Memory::operator=(_Memory const & other) {
 }
 
 void * _Memory::heapAllocate(std::uint32_t size, bool zeroFill) {
-    countCall(allocationCount);
+    countCall(shareOfThread().allocationCount);
     return morvane::platform::heapAllocate(size, zeroFill);
 }
 
 void _Memory::heapUnallocate(void * pointer) {
-    countCall(unallocationCount);
+    countCall(shareOfThread().unallocationCount);
     morvane::platform::heapFree(pointer);
 }
 
@@ -54,17 +70,29 @@ std::uint32_t _Memory::heapFree() const {
 }
 
 std::int32_t _Memory::get_allocationCount() const {
-    return allocationCount.load(std::memory_order_relaxed);
+    std::uint32_t sum = 0;
+    for (Share const & share : shares) {
+        sum += static_cast<std::uint32_t>(share.allocationCount.load(std::memory_order_relaxed));
+    }
+    return static_cast<std::int32_t>(sum);
 }
 
 std::int32_t _Memory::get_unallocationCount() const {
-    return unallocationCount.load(std::memory_order_relaxed);
+    std::uint32_t sum = 0;
+    for (Share const & share : shares) {
+        sum += static_cast<std::uint32_t>(share.unallocationCount.load(std::memory_order_relaxed));
+    }
+    return static_cast<std::int32_t>(sum);
 }
 
 void _Memory::set_allocationCount(std::int32_t count) {
-    allocationCount.store(count, std::memory_order_relaxed);
+    for (Share & share : shares) {
+        share.allocationCount.store(&share == shares ? count : 0, std::memory_order_relaxed);
+    }
 }
 
 void _Memory::set_unallocationCount(std::int32_t count) {
-    unallocationCount.store(count, std::memory_order_relaxed);
+    for (Share & share : shares) {
+        share.unallocationCount.store(&share == shares ? count : 0, std::memory_order_relaxed);
+    }
 }

@@ -41,7 +41,17 @@ private:
     void set_allocationCount(std::int32_t count);
     void set_unallocationCount(std::int32_t count);
 
+    /// A share of the counts, in a cache line of its own. Threads that count at once do so in different shares; each
+    /// count is the sum of all.
+    struct Share {
+        std::atomic<std::int32_t> allocationCount{0};
+        std::atomic<std::int32_t> unallocationCount{0};
+        char apart[64 - 2 * sizeof(std::atomic<std::int32_t>)];
+    };
+    static constexpr std::uint32_t shareCount = 8;
+
+    Share & shareOfThread();
+
     void * heapHandle;
-    std::atomic<std::int32_t> allocationCount;
-    std::atomic<std::int32_t> unallocationCount;
+    Share shares[shareCount];
 };

@@ -97,8 +97,8 @@ _MemoryBlock::_MemoryBlock(std::uint16_t size, std::uint32_t count)
     : allocationCount(0), unallocationCount(0), unitSize(size), unitCount(count), chain(MemoryChain::create()) {}
 
 _MemoryBlock::_MemoryBlock(_MemoryBlock const & other)
-    : allocationCount(other.get_allocationCount()), unallocationCount(other.get_unallocationCount()), unitSize(other.unitSize),
-      unitCount(other.unitCount), chain(shareChain(other)) {}
+    : allocationCount(other.get_allocationCount()), unallocationCount(other.get_unallocationCount()),
+      unitSize(other.unitSize), unitCount(other.unitCount), chain(shareChain(other)) {}
 
 _MemoryBlock::~_MemoryBlock() {
     leaveChain();

@@ -2,19 +2,15 @@
 
 _Object::_Object() = default;
 
-_Object::_Object(_Object const &)
-{
-}
+_Object::_Object(_Object const &) {}
 
 _Object::~_Object() = default;
 
 // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): there is nothing to assign.
-_Object & _Object::operator=(_Object const &)
-{
+_Object & _Object::operator=(_Object const &) {
     return *this;
 }
 
-void * _Object::vmtPointer()
-{
+void * _Object::vmtPointer() {
     return nullptr;
 }
