@@ -501,9 +501,9 @@ TEST(WideStringArray, KeepsCopiesOfTexts) {
     _WideStringArray array;
     EXPECT_EQ(array.findString(u"a"_w), none);
     EXPECT_EQ(array.addString(nullptr), none);
-    std::vector<unsigned short int const *> const texts{u"One"_w, u""_w, u"two"_w, u"ONE"_w, u"five"_w};
+    std::vector<std::u16string> const texts{u"One", u"", u"two", u"ONE", u"five"};
     for (std::uint32_t index = 0; index < texts.size(); ++index) {
-        EXPECT_EQ(array.addString(texts[index]), index);
+        EXPECT_EQ(array.addString(wideOf(texts[index])), index);
     }
     EXPECT_EQ(array.get_size(), 8u);
     EXPECT_EQ(array.findString(u"one"_w), 0u);

@@ -9,11 +9,12 @@ namespace morvane {
 
 ListBlock * ListBlock::create(std::uint32_t entryCount) noexcept {
     constexpr std::size_t mostEntries = (std::numeric_limits<std::size_t>::max() - sizeof(ListBlock)) / sizeof(void *);
-    if (entryCount > mostEntries) {
+    std::size_t const entryTotal = entryCount;
+    if (entryTotal > mostEntries) {
         return nullptr;
     }
-    auto * const block = static_cast<ListBlock *>(
-        platform::heapAllocate(sizeof(ListBlock) + std::size_t{entryCount} * sizeof(void *), true));
+    auto * const block =
+        static_cast<ListBlock *>(platform::heapAllocate(sizeof(ListBlock) + entryTotal * sizeof(void *), true));
     if (block != nullptr) {
         block->capacity = entryCount;
         block->sharers = 1;

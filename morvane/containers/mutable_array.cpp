@@ -290,8 +290,8 @@ void _MutableArray::assign(_MutableArray const & other, bool ownsItems) {
 
 void _MutableArray::setOwner(bool value) {
     if (list != nullptr && value != deleteAll_) {
-        ListBlock & block = ListBlock::of(list);
-        block.owners += value ? 1 : -1;
+        std::uint32_t & owners = ListBlock::of(list).owners;
+        owners = value ? owners + 1 : owners - 1;
     }
     deleteAll_ = value;
 }
