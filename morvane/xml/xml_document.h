@@ -98,8 +98,8 @@ public:
     /// Replaces the tree by what the file holds. A file that can't be read leaves the tree as it was; `encoding` may
     /// have changed.
     bool loadFromFile(unsigned short int const * filename, _WideString & error);
-    /// Replaces the tree by what `text` holds; the old tree goes in every case. False without a node, and, with an empty
-    /// tree, where the heap refused.
+    /// Replaces the tree by what `text` holds; the old tree goes in every case. False without a node, and, with an
+    /// empty tree, where the heap refused.
     bool loadFromString(unsigned short int const * text, _WideString & error);
     /// Splits the inside of a tag into its name and the names and values of its attributes, which are added to the
     /// arrays. True when `attributeNames` then holds an entry; false, with nothing changed, for a null argument and for
