@@ -22,7 +22,7 @@ namespace literals {
 
 /// The code units of the literal, zero-closed, in static storage: `u"name"_w`.
 template <LiteralUnits Text>
-consteval unsigned short int const * operator""_w() {
+constexpr unsigned short int const * operator""_w() {
     return Text.units;
 }
 

@@ -1,9 +1,11 @@
 // The floor of the process heap: segments of memory from the system, cut into slices.
 //
-// slice      64 KB, at a multiple of 64 KB
-// segment    64 slices, at a multiple of its own size of 4 MB, so that any address leads to its segment by a mask; the
-// first slice is its head page       one slice that is cut into blocks of one size; a thread heap owns it span one or
-// more slices that make one large block huge block a block that has a segment, longer than others, to itself
+// - slice: 64 KB, at a multiple of 64 KB
+// - segment: 64 slices, at a multiple of its own size of 4 MB, so that any address leads to its segment by a mask; the
+//   first slice is its head
+// - page: one slice that is cut into blocks of one size; a thread heap owns it
+// - span: one or more slices that make one large block
+// - huge block: a block that has a segment, longer than others, to itself
 #pragma once
 
 #include <atomic>

@@ -84,7 +84,7 @@ namespace literals {
 
 /// The view of a 16-bit literal: `u"text"_wv`.
 template <LiteralUnits Text>
-consteval WideView operator""_wv() {
+constexpr WideView operator""_wv() {
     return {Text.units, sizeof(Text.units) / sizeof(Text.units[0]) - 1};
 }
 
