@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
 #include <morvane/core/literals.h>
@@ -26,8 +27,26 @@ WideText widened(std::string const & text) {
     return {text.begin(), text.end()};
 }
 
-std::string narrowed(_WideString const & text) {
-    return {text.arg(), text.arg() + text.get_length()};
+/// What the text of bytes makes of a pattern.
+template <typename... Arguments>
+std::string formatted(char const * pattern, Arguments... arguments) {
+    _DataString data;
+    data.format(pattern, arguments...);
+    EXPECT_EQ(data.get_length(), std::strlen(data.get_data())) << pattern;
+    return {data.get_data(), data.get_length()};
+}
+
+/// What the text of 16-bit units makes of a pattern.
+template <typename... Arguments>
+std::u16string formatted(WideText const & pattern, Arguments... arguments) {
+    _WideString wide;
+    wide.format(pattern.c_str(), arguments...);
+    EXPECT_EQ(wide.get_size(), (wide.get_length() + 1) * 2);
+    return {wide.arg(), wide.arg() + wide.get_length()};
+}
+
+std::u16string plain(std::string const & text) {
+    return {text.begin(), text.end()};
 }
 
 /// True where the C library itself errs: at `%#g` some drop the zeros behind the point when rounding carries into the
@@ -46,33 +65,19 @@ void expectAsPrinted(std::string const & pattern, Arguments... arguments) {
     if (losesZeros(pattern, expected.data())) {
         return;
     }
-    _DataString data;
-    data.format(pattern.c_str(), arguments...);
-    ASSERT_STREQ(data.get_data(), expected.data()) << pattern;
-    _WideString wide;
-    wide.format(widened(pattern).c_str(), arguments...);
-    ASSERT_EQ(narrowed(wide), expected.data()) << pattern;
-}
-
-std::vector<std::string> flagSets(std::string const & flags) {
-    std::vector<std::string> sets;
-    for (unsigned choice = 0; choice < 1U << flags.size(); ++choice) {
-        std::string set;
-        for (std::size_t flag = 0; flag < flags.size(); ++flag) {
-            if ((choice >> flag & 1) != 0) {
-                set += flags[flag];
-            }
-        }
-        sets.push_back(set);
-    }
-    return sets;
+    ASSERT_EQ(formatted(pattern.c_str(), arguments...), expected.data()) << pattern;
+    ASSERT_EQ(formatted(widened(pattern), arguments...), plain(expected.data())) << pattern;
 }
 
 /// Every flag set, width and precision in front of `ending`.
 std::vector<std::string> directives(std::string const & flags, std::vector<std::string> const & precisions,
                                     std::string const & ending) {
     std::vector<std::string> all;
-    for (std::string const & set : flagSets(flags)) {
+    for (unsigned choice = 0; choice < 1U << flags.size(); ++choice) {
+        std::string set;
+        for (std::size_t flag = 0; flag < flags.size(); ++flag) {
+            set.append(choice >> flag & 1, flags[flag]);
+        }
         for (char const * width : {"", "1", "9", "30"}) {
             for (std::string const & precision : precisions) {
                 all.push_back("[%" + set + width + precision + ending + "]");
@@ -111,45 +116,23 @@ TEST(Format, PrintsIntegersOfEverySizeAsTheCLibraryDoes) {
     expectIntegersAsPrinted<std::ptrdiff_t>("t", "d", {0, -5, PTRDIFF_MIN});
 }
 
-TEST(Format, TakesTheLow32BitsOfALong) {
-    _DataString text;
-    text.format("%ld %lx", 0x700000005L, 0x7FFFFFFFFL);
-    EXPECT_STREQ(text.get_data(), "5 ffffffff");
-}
-
 template <typename Float>
 std::vector<Float> floatValues() {
     using Limits = std::numeric_limits<Float>;
-    std::vector<Float> values{0,
-                              1,
-                              Float(0.5),
-                              Float(1.5),
-                              Float(2.5),
-                              Float(0.1),
-                              Float(9.5),
-                              Float(99.9999999),
-                              Float(0.00001234),
-                              Float(0.000099995),
-                              Float(123456.5),
-                              Float(999999.5),
-                              Float(1e15),
-                              Float(1e22),
-                              Float(3.0e100),
-                              Float(0x1.fffffep+3),
-                              Limits::max(),
-                              Limits::min(),
-                              Limits::denorm_min(),
-                              Limits::min() - 3 * Limits::denorm_min(),
-                              Limits::infinity(),
-                              Limits::quiet_NaN()};
+    std::vector<Float> values{Limits::max(),        Limits::min(),
+                              Limits::denorm_min(), Limits::min() - 3 * Limits::denorm_min(),
+                              Limits::infinity(),   Limits::quiet_NaN()};
+    for (double const value : {0.0, 1.0, 0.5, 1.5, 2.5, 0.1, 9.5, 99.9999999, 0.00001234, 0.000099995, 123456.5,
+                               999999.5, 1e15, 1e22, 3.0e100, 0x1.fffffep+3}) {
+        values.push_back(static_cast<Float>(value));
+    }
     std::uint64_t seed = 12345;
     for (int count = 0; count < 30; ++count) {
         seed = seed * 6364136223846793005U + 1442695040888963407U;
         Float const mantissa = static_cast<Float>(seed >> 1) + Limits::epsilon() * static_cast<Float>(seed >> 20);
         values.push_back(std::ldexp(mantissa, static_cast<int>(seed >> 40 & 0xFF) - 190));
     }
-    std::size_t const positive = values.size();
-    for (std::size_t index = 0; index < positive; ++index) {
+    for (std::size_t index = 0, positive = values.size(); index < positive; ++index) {
         values.push_back(-values[index]);
     }
     return values;
@@ -175,22 +158,14 @@ void expectFloatsAsPrinted(std::string const & size) {
     }
 }
 
-TEST(Format, PrintsDoublesAsTheCLibraryDoes) {
+TEST(Format, PrintsFloatsOfEverySizeAsTheCLibraryDoes) {
     expectFloatsAsPrinted<double>("");
     expectFloatsAsPrinted<double>("l");
-}
-
-TEST(Format, KeepsZerosInTheAlternateForm) {
-    _DataString data;
-    data.format("%#.2g %#G %#.3g %#.1g", 99.99, 999999.5, 100.0, 1e5);
-    EXPECT_STREQ(data.get_data(), "1.0e+02 1.00000E+06 100. 1.e+05");
-}
-
-TEST(Format, PrintsLongDoublesAsTheCLibraryDoes) {
     expectFloatsAsPrinted<long double>("L");
     expectAsPrinted("%.20000Lf", LDBL_TRUE_MIN);
     expectAsPrinted("%.17000Le", LDBL_TRUE_MIN * 3);
     expectAsPrinted("%.5000Lg", LDBL_MAX);
+    EXPECT_EQ(formatted("%#.2g %#G %#.3g %#.1g", 99.99, 999999.5, 100.0, 1e5), "1.0e+02 1.00000E+06 100. 1.e+05");
 }
 
 TEST(Format, PrintsTextCharactersAndPointersAsTheCLibraryDoes) {
@@ -200,12 +175,8 @@ TEST(Format, PrintsTextCharactersAndPointersAsTheCLibraryDoes) {
         for (char const * text : {"", "a", "abcdef"}) {
             std::array<char, 100> expected{};
             std::snprintf(expected.data(), expected.size(), narrow.c_str(), text);
-            _DataString data;
-            data.format(directive.c_str(), text);
-            EXPECT_STREQ(data.get_data(), expected.data()) << directive;
-            _WideString wide;
-            wide.format(widened(directive).c_str(), text);
-            EXPECT_EQ(narrowed(wide), expected.data()) << directive;
+            EXPECT_EQ(formatted(directive.c_str(), text), expected.data()) << directive;
+            EXPECT_EQ(formatted(widened(directive), text), plain(expected.data())) << directive;
         }
     }
     expectAsPrinted("%c|%5c|%-5c|%*c|%-*c", 'a', 'b', 'c', 4, 'd', -4, 'e');
@@ -216,89 +187,44 @@ TEST(Format, PrintsTextCharactersAndPointersAsTheCLibraryDoes) {
 }
 
 TEST(Format, TellsTextOf16BitsFromBytes) {
-    _WideString wide;
-    wide.format(u"%s|%ls|%hs|%c|%lc|%hc|%.2s"_w, u"\u4e2d\xd800"_w, u"w"_w, "b\xff", 0x4e2d, 0x4e2d, 0x1ff, u"xyz"_w);
-    EXPECT_EQ(wide.compare(u"\u4e2d\xd800|w|b\u00ff|\u4e2d|\u4e2d|\u00ff|xy"_w), 0);
-
-    _DataString data;
-    data.format("%s|%hs|%ls|%c|%hc|%lc|%lc|%5ls|", "b\xff", "h", u"a\u00e9\u0100z"_w, 'c', 'd', 0xe9, 0x100,
-                u"\u0100"_w);
-    EXPECT_STREQ(data.get_data(), "b\xff|h|a\xe9|c|d|\xe9||     |");
+    EXPECT_EQ(
+        formatted(u"%s|%ls|%hs|%c|%lc|%hc|%.2s"_w, u"\u4e2d\xd800"_w, u"w"_w, "b\xff", 0x4e2d, 0x4e2d, 0x1ff, u"xyz"_w),
+        u"\u4e2d\xd800|w|b\u00ff|\u4e2d|\u4e2d|\u00ff|xy");
+    EXPECT_EQ(formatted("%s|%hs|%ls|%c|%hc|%lc|%lc|%5ls|", "b\xff", "h", u"a\u00e9\u0100z"_w, 'c', 'd', 0xe9, 0x100,
+                        u"\u0100"_w),
+              "b\xff|h|a\xe9|c|d|\xe9||     |");
 }
 
 TEST(Format, ReadsNoTextBeyondItsPrecision) {
     std::vector<char> const bytes{'a', 'b', 'c'};
     std::vector<unsigned short int> const units{'a', 'b', 'c'};
-    _DataString data;
-    data.format("%.3s %.*ls", bytes.data(), 2, units.data());
-    EXPECT_STREQ(data.get_data(), "abc ab");
-    _WideString wide;
-    wide.format(u"%.3s %.*hs"_w, units.data(), 2, bytes.data());
-    EXPECT_EQ(wide.compare("abc ab"), 0);
+    EXPECT_EQ(formatted("%.3s %.*ls", bytes.data(), 2, units.data()), "abc ab");
+    EXPECT_EQ(formatted(u"%.3s %.*hs"_w, units.data(), 2, bytes.data()), u"abc ab");
 }
 
 TEST(Format, PrintsWhatIsNoDirectiveAsItStands) {
-    struct Case {
-        char const * pattern;
-        char const * expected;
-    };
-    for (Case const & each : {Case{"%", "%"},
-                              {"5%", "5%"},
-                              {"%y %d", "%y 7"},
-                              {"%-08.3k%d", "%-08.3k7"},
-                              {"%l", "%l"},
-                              {"%S%C%d", "%S%C7"},
-                              {"%#08", "%#08"},
-                              {"%\xe9", "%\xe9"}}) {
-        _DataString data;
-        data.format(each.pattern, 7);
-        EXPECT_STREQ(data.get_data(), each.expected);
+    for (char const * const unfinished : {"%", "5%", "%l", "%#08"}) {
+        EXPECT_EQ(formatted(unfinished, 7), unfinished);
     }
-    _WideString wide;
-    wide.format(u"%\u4e2d%d"_w, 7);
-    EXPECT_EQ(wide.compare(u"%\u4e2d7"_w), 0);
+    for (std::string const text : {"%y ", "%-08.3k", "%S%C", "%\xe9"}) {
+        EXPECT_EQ(formatted((text + "%d").c_str(), 7), text + "7");
+    }
+    EXPECT_EQ(formatted(u"%\u4e2d%d"_w, 7), u"%\u4e2d7");
 }
 
-TEST(Format, TakesTheArgumentOfACountAndWritesNothingThere) {
+TEST(Format, GoesItsOwnWayWhereTheCLibraryDiffersOrHasNone) {
+    EXPECT_EQ(formatted("%ld %lx", 0x700000005L, 0x7FFFFFFFFL), "5 ffffffff") << "the low 32 bits of a long";
     int untouched = 5;
-    _DataString data;
-    data.format("a%nb%hhn%d", &untouched, &untouched, 3);
-    EXPECT_STREQ(data.get_data(), "ab3");
+    EXPECT_EQ(formatted("a%nb%hhn%d", &untouched, &untouched, 3), "ab3");
     EXPECT_EQ(untouched, 5);
-}
-
-TEST(Format, NamesANullText) {
-    _WideString released;
-    released.empty();
-    _WideString wide;
-    wide.format(u"<%s><%10s><%hs>"_w, released.arg(), nullptr, nullptr);
-    EXPECT_EQ(wide.compare("<(null)><    (null)><(null)>"), 0);
-    _DataString data;
-    data.format("<%s><%-8ls>", nullptr, nullptr);
-    EXPECT_STREQ(data.get_data(), "<(null)><(null)  >");
-}
-
-TEST(Format, CutsAt32767Units) {
-    std::string const longText(40000, 'x');
-    _DataString data;
-    data.format("%s%d", longText.c_str(), 5);
-    EXPECT_EQ(data.get_length(), 32767U);
-    data.format("%050000d", 5);
-    EXPECT_EQ(data.get_length(), 32767U);
-    EXPECT_EQ(data.reverseFind('5'), -1);
-    _WideString wide;
-    wide.format(u"%2147483647s|%-*d"_w, u""_w, INT_MIN, 5);
-    EXPECT_EQ(wide.get_length(), 32767U);
-    EXPECT_EQ(wide.get_size(), 65536U);
-    wide.format(u"%.2000000000f"_w, 0.5);
-    EXPECT_EQ(wide.get_length(), 32767U);
-}
-
-TEST(Format, EndsAtAZeroThatItPrints) {
-    _DataString data;
-    data.format("ab%ccd", 0);
-    EXPECT_STREQ(data.get_data(), "ab");
-    EXPECT_EQ(data.get_length(), 2U);
+    EXPECT_EQ(formatted(u"<%s><%10s><%hs>"_w, nullptr, nullptr, nullptr), u"<(null)><    (null)><(null)>");
+    EXPECT_EQ(formatted("<%s><%-8ls>", nullptr, nullptr), "<(null)><(null)  >");
+    EXPECT_EQ(formatted("ab%ccd", 0), "ab") << "a zero ends the text";
+    // Cut at 32,767 units.
+    EXPECT_EQ(formatted("%s%d", std::string(40000, 'x').c_str(), 5), std::string(32767, 'x'));
+    EXPECT_EQ(formatted("%050000d", 5), std::string(32767, '0'));
+    EXPECT_EQ(formatted(u"%2147483647s|%-*d"_w, u""_w, INT_MIN, 5), std::u16string(32767, u' '));
+    EXPECT_EQ(formatted(u"%.2000000000f"_w, 0.5), u"0.5" + std::u16string(32764, u'0'));
 }
 
 TEST(Format, MayTakeItsOwnTextAsPatternAndArgument) {
@@ -335,9 +261,7 @@ TEST(Format, LooksAtNoLocale) {
     if (!setCommaLocale(folder)) {
         GTEST_SKIP() << "no locale with a comma, and none could be made";
     }
-    _DataString data;
-    data.format("%.2f %g %e %a %.1Lf", 1234.5, 0.25, 1.5, 1.5, 2.5L);
-    EXPECT_STREQ(data.get_data(), "1234.50 0.25 1.500000e+00 0x1.8p+0 2.5");
+    EXPECT_EQ(formatted("%.2f %g %e %a %.1Lf", 1234.5, 0.25, 1.5, 1.5, 2.5L), "1234.50 0.25 1.500000e+00 0x1.8p+0 2.5");
     EXPECT_EQ(_DataString("2.25").toDouble(), 2.25);
     EXPECT_STREQ(_DataString(0.5F).get_data(), "0.500000");
     std::setlocale(LC_ALL, "C");
