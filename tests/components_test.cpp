@@ -11,6 +11,7 @@
 #include <morvane/platform/modules.h>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 using namespace morvane::literals;
@@ -70,23 +71,15 @@ constexpr std::size_t serverLockedOffset = referenceCountOffset + 4;
 constexpr std::size_t serverModuleOffset = 3 * sizeof(void *);
 
 TEST(ClassIdentifier, IsCutAndFilledUp) {
-    struct {
-        char const * text4;
-        char const * text8;
-        std::string expected4;
-        std::string expected8;
-    } const rows[] = {
-        {"ABCDE", "123456789", "ABCD", "12345678"},
-        {"AB", "1234567", {"AB\0\0", 4}, {"1234567\0", 8}},
-        {"", "", std::string(4, '\0'), std::string(8, '\0')},
-    };
-    for (auto const & row : rows) {
-        Id const id = COM::createClassID(1, 0xFFFF, 3, row.text4, row.text8);
-        EXPECT_EQ(id.word1, 1);
-        EXPECT_EQ(id.word2, 0xFFFF);
-        EXPECT_EQ(id.word3, 3);
-        EXPECT_EQ(std::string(id.text4, 4), row.expected4);
-        EXPECT_EQ(std::string(id.text8, 8), row.expected8);
+    std::pair<char const *, std::string> const texts4[] = {
+        {"ABCDE", "ABCD"}, {"AB", {"AB\0\0", 4}}, {"", {"\0\0\0", 4}}};
+    for (auto const & [text, expected] : texts4) {
+        Id const id = COM::createClassID(1, 0xFFFF, 3, text, "123456789");
+        EXPECT_TRUE(id.word1 == 1 && id.word2 == 0xFFFF && id.word3 == 3);
+        EXPECT_EQ(std::string(id.text4, 4), expected);
+        EXPECT_EQ(std::string(id.text8, 8), "12345678");
+        EXPECT_EQ(std::string(COM::createClassID(1, 2, 3, "", text).text8, 8),
+                  (text + std::string(8, '\0')).substr(0, 8));
     }
     Id const zeros{};
     for (Id const & id : {COM::createClassID(1, 2, 3, nullptr, "x"), COM::createClassID(1, 2, 3, "x", nullptr)}) {
@@ -94,34 +87,25 @@ TEST(ClassIdentifier, IsCutAndFilledUp) {
     }
 }
 
-TEST(CountedObject, GoesWithItsLastReference) {
+TEST(CountedObject, GoesWithItsLastReferenceAndCopiesItsCount) {
     int destroyed = 0;
-    COM::_IUnknown * const object = new Counted(destroyed);
-    EXPECT_EQ(object->addRef(), 2);
-    EXPECT_EQ(object->release(), 1);
-    EXPECT_EQ(destroyed, 0);
-    EXPECT_EQ(object->release(), 0);
-    EXPECT_EQ(destroyed, 1);
-
+    auto * const source = new Counted(destroyed);
+    EXPECT_EQ(source->addRef(), 2);
+    auto * const copy = new Counted(*source);
+    auto * const assigned = new Counted(destroyed);
+    static_cast<COM::_IUnknown &>(*assigned) = *source;
+    int expected = 0;
+    for (COM::_IUnknown * object : {source, copy, assigned}) {
+        EXPECT_EQ(object->release(), 1);
+        EXPECT_EQ(destroyed, expected++);
+        EXPECT_EQ(object->release(), 0);
+        EXPECT_EQ(destroyed, expected);
+    }
     // Freeing doesn't ask for the count.
     auto * const freed = new Counted(destroyed);
     freed->addRef();
     EXPECT_EQ(Counted::freeNow(freed), COM::comOk);
-    EXPECT_EQ(destroyed, 2);
-}
-
-TEST(CountedObject, CopiesTheCountOfItsSource) {
-    int destroyed = 0;
-    auto * const source = new Counted(destroyed);
-    source->addRef();
-    auto * const copy = new Counted(*source);
-    auto * const assigned = new Counted(destroyed);
-    static_cast<COM::_IUnknown &>(*assigned) = *source;
-    for (COM::_IUnknown * object : {source, copy, assigned}) {
-        EXPECT_EQ(object->release(), 1);
-        EXPECT_EQ(object->release(), 0);
-    }
-    EXPECT_EQ(destroyed, 3);
+    EXPECT_EQ(destroyed, 4);
 }
 
 CALLS_ON_NULL std::int32_t addRefOn(COM::_IUnknown * object) {
@@ -141,7 +125,6 @@ TEST(CountedObject, AnswersWhenItIsNull) {
 
 TEST(CountedObject, IsDestroyedOnceHoweverManyThreadsLetGo) {
     constexpr int threadCount = 4;
-    constexpr int rounds = 20000;
     int destroyed = 0;
     COM::_IUnknown * const object = new Counted(destroyed);
     for (int index = 1; index < threadCount; ++index) {
@@ -149,9 +132,9 @@ TEST(CountedObject, IsDestroyedOnceHoweverManyThreadsLetGo) {
     }
     std::vector<int> zeros(threadCount);
     std::vector<std::thread> threads;
-    for (int index = 0; index < threadCount; ++index) {
-        threads.emplace_back([object, &zero = zeros[static_cast<std::size_t>(index)]] {
-            for (int round = 0; round < rounds; ++round) {
+    for (int & zero : zeros) {
+        threads.emplace_back([object, &zero] {
+            for (int round = 0; round < 20000; ++round) {
                 object->addRef();
                 zero += object->release() == 0;
             }

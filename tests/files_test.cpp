@@ -144,10 +144,8 @@ TEST_F(Files, HoldAnOpenAgainstAllOthersUntilTheyClose) {
     EXPECT_TRUE(_FileUtility::fileClose(readers[0]));
     EXPECT_FALSE(admitted(name, modeOf(1, 4))) << "somebody forbids it";
     EXPECT_FALSE(admitted(name, modeOf(0, 0))) << "the second reader is still there";
-    EXPECT_TRUE(_FileUtility::fileClose(guard));
-    EXPECT_TRUE(admitted(name, modeOf(1, 4)));
-    EXPECT_TRUE(_FileUtility::fileClose(readers[1]));
-    EXPECT_TRUE(admitted(name, modeOf(2, 0)));
+    EXPECT_TRUE(_FileUtility::fileClose(guard) && admitted(name, modeOf(1, 4)));
+    EXPECT_TRUE(_FileUtility::fileClose(readers[1]) && admitted(name, modeOf(2, 0)));
 }
 
 TEST_F(Files, AreOpenedOnceAmongRacingThreads) {
@@ -238,15 +236,13 @@ TEST_F(Files, GiveTheCountWhereADiskTakesNoMore) {
     EXPECT_EQ(_FileUtility::fileWrite(full, "text", 4), -1);
     EXPECT_EQ(lastError(), ENOSPC);
     EXPECT_TRUE(_FileUtility::fileClose(full));
-    std::int32_t const handle = _FileUtility::fileCreate(folder.name("limited"));
-    auto const writeLimited = [handle] {
+    auto const writeLimited = [name = folder.name("limited")] {
         rlimit const limit{5, 5};
         setrlimit(RLIMIT_FSIZE, &limit);
-        return _FileUtility::fileWrite(handle, "12345678", 8);
+        return _FileUtility::fileWrite(_FileUtility::fileCreate(name), "12345678", 8);
     };
     EXPECT_EQ(inChild(writeLimited), 5);
     EXPECT_EQ(folder.get("limited"), "12345");
-    EXPECT_TRUE(_FileUtility::fileClose(handle));
 }
 
 std::atomic<int> interruptions;
@@ -422,8 +418,7 @@ TEST(LastError, HasTheTextOfTheSystem) {
     EXPECT_EQ(std::string(text, text + count + 1), strerror(ENOENT) + std::string(1, 0));
     EXPECT_EQ(lastErrorText(ENOENT, text, 6), 4u) << "cut, with room for a pair";
     EXPECT_EQ(text[4], 0);
-    EXPECT_EQ(lastErrorText(987654, text, 64), 0u);
-    EXPECT_EQ(text[0], 0);
+    EXPECT_EQ(lastErrorText(987654, text, 64) + text[0], 0u);
     EXPECT_EQ(lastErrorText(ENOENT, text, 0), 0u);
     setLastError(ENOENT);
     std::thread([] { setLastError(EIO); }).join();

@@ -41,18 +41,13 @@ TEST(Stream, StoresValuesLeastSignificantByteFirst) {
               "\xFE\xFE\1\xDC\xFE\xFE\xFF\1\0\0\x80\x98\xBA\xDC\xFE\0\0\xC0\xBF\x9A\x99\x99\x99\x99\x99\xB9"
               "\xBF\2\0\0\0ab\0\0\0\0\0\0\0\0cd"s);
     stream.seekToBegin();
-    EXPECT_EQ(stream.readByte(), 0xFE);
-    EXPECT_EQ(stream.readChar(), char(-2));
-    EXPECT_TRUE(stream.readBoolean());
-    EXPECT_EQ(stream.readWord(), 0xFEDC);
-    EXPECT_EQ(stream.readShort(), -2);
-    EXPECT_EQ(stream.readLong(), smallest + 1);
-    EXPECT_EQ(stream.readLongWord(), 0xFEDCBA98u);
-    EXPECT_EQ(stream.readFloat(), -1.5f);
-    EXPECT_EQ(stream.readDouble(), -0.1);
-    EXPECT_EQ(bytesOf(stream.readString()), "ab");
-    EXPECT_EQ(bytesOf(stream.readString()), "");
-    EXPECT_EQ(bytesOf(stream.readString()), "");
+    EXPECT_TRUE(stream.readByte() == 0xFE && stream.readChar() == char(-2) && stream.readBoolean());
+    EXPECT_TRUE(stream.readWord() == 0xFEDC && stream.readShort() == -2);
+    EXPECT_TRUE(stream.readLong() == smallest + 1 && stream.readLongWord() == 0xFEDCBA98);
+    EXPECT_TRUE(stream.readFloat() == -1.5f && stream.readDouble() == -0.1);
+    for (char const * const text : {"ab", "", ""}) {
+        EXPECT_EQ(bytesOf(stream.readString()), text);
+    }
     EXPECT_EQ(bytesOf(stream.readText(2)), "cd");
     EXPECT_EQ(bytesOf(stream.readText(0)), "");
     EXPECT_EQ(stream.getPosition(), stream.getSize());

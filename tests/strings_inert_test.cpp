@@ -3,7 +3,6 @@
 #include <morvane/core/literals.h>
 #include <morvane/strings/named_object.h>
 #include <morvane/strings/string.h>
-#include <morvane/strings/string_parser.h>
 
 using namespace morvane::literals;
 
@@ -30,12 +29,6 @@ TEST(String, AnswersWithConstantsWhateverItIsGiven) {
         EXPECT_TRUE(each.IsEmpty());
         EXPECT_EQ(each.GetLength(), 0U);
     }
-}
-
-TEST(StringParser, Copies) {
-    _StringParser parser;
-    _StringParser const copy(parser);
-    EXPECT_EQ(&(parser = copy), &parser);
 }
 
 TEST(NamedObject, SharesItsNameHolderWithItsCopies) {

@@ -1,4 +1,5 @@
 #include "temporary_folder.h"
+#include "text_testing.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -21,14 +22,6 @@ using namespace morvane::literals;
 using namespace morvane::platform;
 
 namespace {
-
-std::u16string textOf(unsigned short int const * units) {
-    std::u16string text;
-    while (units != nullptr && *units != 0) {
-        text.push_back(static_cast<char16_t>(*units++));
-    }
-    return text;
-}
 
 std::filesystem::path const samplePath = MORVANE_SAMPLE_MODULE;
 std::u16string const sampleName = samplePath.filename().u16string();
