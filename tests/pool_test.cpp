@@ -385,7 +385,8 @@ TEST_F(Pool, ReleasesASharedChainOnce) {
     OpenBlock sharer(*owner);
     OpenBlock leaver(*owner);
     apart = *owner;
-    apart = apart;
+    OpenBlock & same = apart;
+    apart = same;
     EXPECT_EQ(sharer.getFirstNode(), owner->getFirstNode());
     leaver.set_first(nullptr);
     delete owner;
@@ -507,7 +508,8 @@ TEST_F(Manager, DeletesSharedPoolsOnce) {
         _MemoryManager third(1024);
         _MemoryManager fourth(third);
         third = second;
-        third = third;
+        _MemoryManager & same = third;
+        third = same;
         delete first;
         second.fastUnallocate(pointer);
         EXPECT_EQ(third.fastAllocate(100, false), pointer);
