@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <morvane/containers/mutable_dictionary.h>
+#include <morvane/containers/quick_sort.h>
 #include <morvane/streams/memory_stream.h>
 #include <random>
 #include <string>
@@ -82,7 +83,11 @@ std::int32_t valuesAscending(_DictionaryItem * first, _DictionaryItem * second) 
     return second->compare(first, byValue);
 }
 
+/// What `valuesDescending` was asked.
+std::vector<std::pair<_DictionaryItem *, _DictionaryItem *>> asked;
+
 std::int32_t valuesDescending(_DictionaryItem * first, _DictionaryItem * second) {
+    asked.emplace_back(first, second);
     return first->compare(second, byValue);
 }
 
@@ -121,8 +126,11 @@ TEST(Dictionary, SortsToTheToldOrderEqualItemsIncluded) {
         }
         ASSERT_TRUE(dictionary.sortBy(byValue));
         expectSorted(valuesAscending);
+        asked.clear();
         ASSERT_TRUE(dictionary.sort(valuesDescending));
+        auto const askedBySort = std::exchange(asked, {});
         expectSorted(valuesDescending);
+        ASSERT_EQ(askedBySort, asked);
         ASSERT_TRUE(dictionary.sort(nullptr));
         expectSorted(keysAscending);
         counting_heap::serveAll();
@@ -142,6 +150,22 @@ TEST(Dictionary, SortsManyItemsInWhateverOrderTheyCome) {
             ASSERT_LE(dictionary[index - 1]->compare(dictionary[index], byValue), 0);
         }
     }
+}
+
+/// Items that a comparison cannot tell but by their places: they stay where they are.
+struct Places {
+    static std::int32_t at(std::int32_t index) { return index; }
+    void swap(std::int32_t, std::int32_t) { ++swaps; }
+
+    int swaps = 0;
+};
+
+TEST(QuickSort, HasRoomForEveryPartThatWaits) {
+    // Each cut leaves two items on one side, which wait, and all others on the other.
+    Places places;
+    morvane::quickSort(places, 0, 2000,
+                       [](std::int32_t index, std::int32_t pivot) { return index < 2 * pivot - 3 ? 1 : 0; });
+    EXPECT_GT(places.swaps, 2000);
 }
 
 std::int32_t callCount = 0;

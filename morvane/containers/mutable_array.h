@@ -42,7 +42,7 @@ public:
 
     /// The entry at `index`; null outside `size`.
     void * getItem(std::uint32_t index) const override { return index < size ? list[index] : nullptr; }
-    /// Sets all entries to null and `count` to 0, after `deleteAt` on all items; `size` stays.
+    /// `deleteAt` on all items, then sets them to null and `count` to 0; `size` stays.
     virtual void deleteAll();
     /// Does nothing: the items belong to somebody else.
     virtual void deleteAt(std::uint32_t index, std::uint32_t number);

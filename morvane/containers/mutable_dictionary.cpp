@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <morvane/containers/quick_sort.h>
 #include <morvane/platform/process_heap.h>
@@ -66,21 +67,25 @@ private:
     std::size_t length = 0;
 };
 
-/// An item with the first eight bytes of the text that it is sorted by, as a number that compares like them.
+/// An item with eight bytes of the text that it is sorted by, as a number that compares like them.
 struct PrefixedItem {
     std::uint64_t prefix;
     _DictionaryItem * item;
 };
 
-std::uint64_t prefixOf(_DataString const & text) {
-    DataView const whole = viewOf(text);
-    DataView const bytes = upToZero(whole.first(std::min(whole.length, sizeof(std::uint64_t))));
+/// The eight bytes from `start` on, which is not behind the end of the text; behind it they count as zeros.
+std::uint64_t prefixOf(DataView text, std::size_t start) {
     std::uint64_t prefix = 0;
-    for (std::size_t index = 0; index < sizeof(prefix); ++index) {
-        // Behind its end a text counts as zeros.
-        prefix = prefix << 8 | (index < bytes.length ? static_cast<unsigned char>(bytes[index]) : 0);
+    for (std::size_t index = start; index < start + sizeof(prefix); ++index) {
+        prefix = prefix << 8 | (index < text.length ? static_cast<unsigned char>(text[index]) : 0);
     }
     return prefix;
+}
+
+std::size_t commonLength(DataView left, DataView right) {
+    std::size_t const length = std::min(left.length, right.length);
+    return static_cast<std::size_t>(std::mismatch(left.begin(), left.begin() + length, right.begin()).first
+                                    - left.begin());
 }
 
 struct PrefixedItems {
@@ -225,7 +230,10 @@ bool _MutableDictionary::sort(CompareProcedure procedure) {
     if (procedure == nullptr) {
         return sortBy(_DictionaryItem::sortByKey);
     }
-    _quickSort(this, 0, packItems() - 1, procedure);
+    std::int32_t const itemCount = packItems();
+    if (itemCount != 0) {
+        _quickSort(this, 0, itemCount - 1, procedure);
+    }
     return true;
 }
 
@@ -234,7 +242,7 @@ bool _MutableDictionary::sortBy(_DictionaryItem::DictionarySortFilter filter) {
         return false;
     }
     std::int32_t const itemCount = packItems();
-    if (!sortByPrefix(itemCount, filter)) {
+    if (itemCount != 0 && !sortByPrefix(itemCount, filter)) {
         _quickSort(this, 0, itemCount - 1, filter == _DictionaryItem::sortByKey ? keyCompareProc : valueCompareProc);
     }
     return true;
@@ -482,21 +490,30 @@ bool _MutableDictionary::sortByPrefix(std::int32_t itemCount, _DictionaryItem::D
     if (scratch == nullptr) {
         return false;
     }
-    auto const textOf = [filter](_DictionaryItem const & item) -> _DataString const & {
-        return filter == _DictionaryItem::sortByKey ? item.key : item.value;
+    auto const textOf = [filter](_DictionaryItem const & item) {
+        return viewOf(filter == _DictionaryItem::sortByKey ? item.key : item.value);
     };
+    // What all texts begin with tells nothing.
+    std::size_t common = std::numeric_limits<std::size_t>::max();
+    DataView const first = upToZero(textOf(*itemAt(0)));
+    for (std::int32_t index = 0; index < itemCount && common != 0; ++index) {
+        common = std::min(common, commonLength(first, upToZero(textOf(*itemAt(index)))));
+    }
     for (std::int32_t index = 0; index < itemCount; ++index) {
         _DictionaryItem * const item = itemAt(index);
-        scratch[static_cast<std::size_t>(index)] = {prefixOf(textOf(*item)), item};
+        scratch[static_cast<std::size_t>(index)] = {prefixOf(upToZero(textOf(*item)), common), item};
     }
     PrefixedItems items{scratch.get()};
-    morvane::quickSort(items, 0, itemCount - 1, [textOf](PrefixedItem const & item, PrefixedItem const & pivot) {
-        if (item.prefix != pivot.prefix) {
-            return item.prefix < pivot.prefix ? 1 : -1;
-        }
-        // A zero among the eight bytes is the end of both texts.
-        return (item.prefix & 0xFF) == 0 ? 0 : textOf(*pivot.item).compare(textOf(*item.item));
-    });
+    morvane::quickSort(
+        items, 0, itemCount - 1, [textOf, common](PrefixedItem const & item, PrefixedItem const & pivot) {
+            if (item.prefix != pivot.prefix) {
+                return item.prefix < pivot.prefix ? 1 : -1;
+            }
+            // A zero among the eight bytes is the end of both texts.
+            return (item.prefix & 0xFF) == 0 ? 0
+                                             : std::strcmp(textOf(*pivot.item).data + common + sizeof(item.prefix),
+                                                           textOf(*item.item).data + common + sizeof(item.prefix));
+        });
     for (std::int32_t index = 0; index < itemCount; ++index) {
         entries[index] = scratch[static_cast<std::size_t>(index)].item;
     }

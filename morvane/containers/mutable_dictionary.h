@@ -143,7 +143,7 @@ private:
 
     void _initialize();
     void _uninitialize();
-    /// Sorts the entries `lo` to `hi` of `dictionary`.
+    /// Sorts the entries `lo` to `hi` of `dictionary`, of which there is one at least.
     void _quickSort(_MutableDictionary * dictionary, std::int32_t lo, std::int32_t hi, CompareProcedure procedure);
     /// The first index whose item `item` belongs in front of; the count where there is none.
     std::int32_t _sortItems(CompareProcedure procedure, _DictionaryItem * item) const;
@@ -161,8 +161,8 @@ private:
     std::int32_t addNew(std::unique_ptr<_DictionaryItem> item);
     /// Brings the items in front of the null entries, in their order, and gives how many there are.
     std::int32_t packItems();
-    /// Sorts the first `itemCount` entries, which are items, as `_quickSort` does, by a scratch list with the start of
-    /// each text at hand; false, with nothing changed, where that cannot be done.
+    /// Sorts the first `itemCount` entries, which are items, one at least, as `_quickSort` does, by a scratch list with
+    /// the start of each text at hand; false, with nothing changed, where that cannot be done.
     bool sortByPrefix(std::int32_t itemCount, _DictionaryItem::DictionarySortFilter filter);
 
     _Container data;

@@ -2,61 +2,66 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 
 namespace morvane {
 
-/// Sorts the items `lo` to `hi` of `items`, which has `at(index)` and `swap(index, index)`. `compare(item, pivot)` is
-/// above 0 when the item belongs in front of the pivot, below 0 when behind.
+/// Sorts the items `lo` to `hi` of `items`, which has `at(index)` and `swap(index, index)`; `lo` is not above `hi`.
+/// `compare(item, pivot)` is above 0 when the item belongs in front of the pivot, below 0 when behind.
 ///
-/// Each part is cut at its middle item from both ends, which settles the order of equal items whatever order the parts
-/// are taken in; the shorter one goes first, so that 32 waiting ranges are enough. A `compare` that contradicts itself
-/// gives some order: no walk leaves its range.
+/// Each part is cut at its middle item from both ends, which settles the order of equal items; the left part goes
+/// first. Where many parts wait, the shorter one goes first instead, so that the room for them is enough for any count.
+/// A `compare` that contradicts itself gives some order: no walk leaves its part.
 template <typename Items, typename Compare>
 void quickSort(Items & items, std::int32_t lo, std::int32_t hi, Compare compare) {
-    struct Range {
+    struct Part {
         std::int32_t lo;
         std::int32_t hi;
+
+        bool isSorted() const { return lo >= hi; }
+        std::int32_t length() const { return hi - lo; }
     };
-    std::array<Range, 32> waiting{};
+    // Halving from 2 to the 31 needs 32 places.
+    constexpr std::size_t mostWaiting = 128;
+    constexpr std::size_t manyWaiting = mostWaiting - 32;
+    std::array<Part, mostWaiting> waiting;
     std::size_t waitingCount = 0;
     for (;;) {
-        while (lo < hi) {
-            auto const pivot = items.at(lo + (hi - lo) / 2);
-            std::int32_t i = lo;
-            std::int32_t j = hi;
-            while (i <= j) {
-                while (i < hi && compare(items.at(i), pivot) > 0) {
-                    ++i;
-                }
-                while (j > lo && compare(items.at(j), pivot) < 0) {
-                    --j;
-                }
-                if (i <= j) {
-                    items.swap(i, j);
-                    ++i;
-                    --j;
-                }
+        auto const pivot = items.at(lo + (hi - lo) / 2);
+        std::int32_t i = lo;
+        std::int32_t j = hi;
+        while (i <= j) {
+            while (compare(items.at(i), pivot) > 0 && i < hi) {
+                ++i;
             }
-            Range shorter{lo, j};
-            Range longer{i, hi};
-            if (shorter.hi - shorter.lo > longer.hi - longer.lo) {
-                std::swap(shorter, longer);
+            while (compare(items.at(j), pivot) < 0 && j > lo) {
+                --j;
             }
-            if (longer.lo < longer.hi) {
-                waiting[waitingCount] = longer;
-                ++waitingCount;
+            if (i <= j) {
+                items.swap(i, j);
+                ++i;
+                --j;
             }
-            lo = shorter.lo;
-            hi = shorter.hi;
         }
-        if (waitingCount == 0) {
-            return;
+        Part next{lo, j};
+        Part later{i, hi};
+        if (next.isSorted() || (waitingCount >= manyWaiting && !later.isSorted() && later.length() < next.length())) {
+            std::swap(next, later);
         }
-        --waitingCount;
-        lo = waiting[waitingCount].lo;
-        hi = waiting[waitingCount].hi;
+        if (next.isSorted()) {
+            if (waitingCount == 0) {
+                return;
+            }
+            --waitingCount;
+            next = waiting[waitingCount];
+        } else if (!later.isSorted()) {
+            waiting[waitingCount] = later;
+            ++waitingCount;
+        }
+        lo = next.lo;
+        hi = next.hi;
     }
 }
 
