@@ -51,18 +51,11 @@ struct ModuleFactory : COM::_IModuleFactory {
     COM::ComResult resolve(Id id, unsigned short int *& path) { return resolveServerID(id, path); }
 };
 
-/// No call of the interface gives these fields a value. They are set where they stand: behind the table pointer, in the
-/// order that the classes declare.
+/// No call of the interface gives these fields a value. They are reached where they stand: behind the table pointer, in
+/// the order that the classes declare.
 template <typename Field>
-void setField(COM::_IUnknown * object, std::size_t offset, Field value) {
-    std::memcpy(reinterpret_cast<char *>(object) + offset, &value, sizeof value);
-}
-
-template <typename Field>
-Field getField(COM::_IUnknown * object, std::size_t offset) {
-    Field value;
-    std::memcpy(&value, reinterpret_cast<char *>(object) + offset, sizeof value);
-    return value;
+Field & fieldOf(COM::_IUnknown * object, std::size_t offset) {
+    return *reinterpret_cast<Field *>(reinterpret_cast<char *>(object) + offset);
 }
 
 constexpr std::size_t classFactoryOffset = sizeof(void *);
@@ -155,10 +148,10 @@ TEST(CountedObject, AsksItsFactoryForInterfaces) {
     auto * const factory = new Factory;
     void * result = nullptr;
     EXPECT_EQ(object->queryInterface(COM::createClassID(7, 0, 0, "", ""), &result), COM::comFailed);
-    EXPECT_EQ(getField<void *>(object, classFactoryOffset), nullptr);
-    EXPECT_EQ(getField<std::int32_t>(object, referenceCountOffset), 1);
+    EXPECT_EQ(fieldOf<COM::_IClassFactory *>(object, classFactoryOffset), nullptr);
+    EXPECT_EQ(fieldOf<std::int32_t>(object, referenceCountOffset), 1);
 
-    setField<COM::_IClassFactory *>(object, classFactoryOffset, factory);
+    fieldOf<COM::_IClassFactory *>(object, classFactoryOffset) = factory;
     auto * const copy = new Counted(*object);
     for (Counted * asked : {object, copy}) {
         result = nullptr;
@@ -228,8 +221,8 @@ TEST(ModuleFactory, FindsNoServer) {
     EXPECT_EQ(path, &unit);
     EXPECT_EQ(factory->createObjectInstance({}, &object), COM::comFailed);
     EXPECT_EQ(object, &unit);
-    EXPECT_EQ(getField<HINSTANCE__ *>(factory, serverModuleOffset), nullptr);
-    EXPECT_FALSE(getField<bool>(factory, serverLockedOffset));
+    EXPECT_EQ(fieldOf<HINSTANCE__ *>(factory, serverModuleOffset), nullptr);
+    EXPECT_FALSE(fieldOf<bool>(factory, serverLockedOffset));
     EXPECT_EQ(factory->unloadServer(), COM::comFailed);
     factory->release();
 }
@@ -240,17 +233,17 @@ TEST(ModuleFactory, LetsGoOfItsModuleOnce) {
     auto const isLoaded = [&path] { return morvane::platform::findModule(path.c_str()) != nullptr; };
     auto * const factory = new ModuleFactory;
 
-    setField(factory, serverModuleOffset, morvane::platform::loadModule(path.c_str()));
-    setField(factory, serverLockedOffset, true);
+    fieldOf<HINSTANCE__ *>(factory, serverModuleOffset) = morvane::platform::loadModule(path.c_str());
+    fieldOf<bool>(factory, serverLockedOffset) = true;
     EXPECT_EQ(factory->unloadServer(), COM::comFailed);
     EXPECT_TRUE(isLoaded());
-    setField(factory, serverLockedOffset, false);
+    fieldOf<bool>(factory, serverLockedOffset) = false;
     EXPECT_EQ(factory->unloadServer(), COM::comOk);
     EXPECT_FALSE(isLoaded());
-    EXPECT_EQ(getField<HINSTANCE__ *>(factory, serverModuleOffset), nullptr);
+    EXPECT_EQ(fieldOf<HINSTANCE__ *>(factory, serverModuleOffset), nullptr);
     EXPECT_EQ(factory->unloadServer(), COM::comFailed);
 
-    setField(factory, serverModuleOffset, morvane::platform::loadModule(path.c_str()));
+    fieldOf<HINSTANCE__ *>(factory, serverModuleOffset) = morvane::platform::loadModule(path.c_str());
     EXPECT_TRUE(isLoaded());
     factory->release();
     EXPECT_FALSE(isLoaded());

@@ -180,7 +180,7 @@ TEST(Format, PrintsTextCharactersAndPointersAsTheCLibraryDoes) {
         }
     }
     expectAsPrinted("%c|%5c|%-5c|%*c|%-*c", 'a', 'b', 'c', 4, 'd', -4, 'e');
-    expectAsPrinted("%*d|%-*d|%*d|%.*d|%.*d", 6, 42, 6, 42, -6, 42, 4, 42, -4, 42);
+    expectAsPrinted("%*d|%-*d|%*d|%.*d|%.*d|%.*d", 6, 42, 6, 42, -6, 42, 4, 42, 0, 0, -4, 42);
     expectAsPrinted("%p %20p %-20p|", static_cast<void *>(nullptr), reinterpret_cast<void *>(0x1234abcd),
                     reinterpret_cast<void *>(0xff));
     expectAsPrinted("100%% of %d%%", 7);

@@ -59,9 +59,9 @@ TYPED_TEST(Text, StartsAsItsClassTells) {
     expectText(TypeParam(text), "abc");
     TypeParam const none = released<TypeParam>();
     expectText(TypeParam(none), "");
-    expectText(TypeParam(Unit{'x'}, 3), "xxx");
-    expectText(TypeParam(Unit{'x'}, 0), "");
-    expectText(TypeParam(Unit{'x'}, -3), "");
+    for (std::int32_t const count : {-3, 0, 3}) {
+        expectText(TypeParam(Unit{'x'}, count), count > 0 ? "xxx" : "");
+    }
     expectText(TypeParam::createStr(units<TypeParam>("abc").c_str()), "abc");
     expectText(TypeParam(std::uint32_t{255}), "#000000ff");
     expectText(TypeParam(std::uint32_t{0xFEDCBA98}), "#fedcba98");
