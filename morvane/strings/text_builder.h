@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <limits>
 #include <morvane/platform/process_heap.h>
 #include <morvane/strings/text_storage.h>
 #include <morvane/strings/text_view.h>
@@ -91,7 +93,7 @@ public:
 
 private:
     static constexpr std::size_t localCapacity = 256 / sizeof(Unit);
-    static constexpr std::size_t largestCapacity = (std::size_t{1} << 32) / sizeof(Unit);
+    static constexpr std::size_t largestCapacity = std::numeric_limits<std::uint32_t>::max() / sizeof(Unit);
 
     void releaseBlock() noexcept {
         if (units != local) {
