@@ -33,6 +33,16 @@ Block take(std::size_t count, bool zeroed, unsigned char mark) {
     return block;
 }
 
+std::vector<void *> takeMany(std::size_t blocks, std::size_t bytes) {
+    std::vector<void *> taken(blocks);
+    std::generate(taken.begin(), taken.end(), [bytes] { return segmentAllocate(bytes, false); });
+    return taken;
+}
+
+void freeAll(std::vector<void *> const & blocks) {
+    std::for_each(blocks.begin(), blocks.end(), segmentFree);
+}
+
 /// Two periods of other work at least: what is not used meanwhile goes back to the system.
 void letIdleMemoryGo() {
     for (int round = 0; round < 100000; ++round) {
@@ -43,8 +53,8 @@ void letIdleMemoryGo() {
 TEST(Heap, KeepsEveryBlockWholeThroughRandomLifetimes) {
     std::mt19937 random(7);
     std::vector<Block> live;
-    for (int step = 0; step < 30000; ++step) {
-        if (live.size() > 2000 || (random() % 5 < 2 && !live.empty())) {
+    for (int step = 0; step < 30000 || !live.empty(); ++step) {
+        if (step >= 30000 || live.size() > 2000 || (random() % 5 < 2 && !live.empty())) {
             std::swap(live[random() % live.size()], live.back());
             ASSERT_TRUE(holds(live.back(), live.back().mark)) << live.back().count;
             segmentFree(live.back().bytes);
@@ -55,10 +65,6 @@ TEST(Heap, KeepsEveryBlockWholeThroughRandomLifetimes) {
             std::size_t const most = kind < 900 ? 200 : kind < 990 ? 40000 : kind < 999 ? 200000 : 5000000;
             live.push_back(take(random() % most, random() % 2 == 0, static_cast<unsigned char>(random())));
         }
-    }
-    for (Block const & block : live) {
-        ASSERT_TRUE(holds(block, block.mark));
-        segmentFree(block.bytes);
     }
 }
 
@@ -72,67 +78,39 @@ TEST(Heap, FitsEverySizeIntoItsClass) {
 }
 
 TEST(Heap, HandsBlocksOutInAddressOrderHoweverTheyCameBack) {
-    constexpr std::size_t bytes = 72;
-    std::vector<void *> blocks(5000);
-    for (void *& block : blocks) {
-        block = segmentAllocate(bytes, false);
-    }
+    std::vector<void *> blocks = takeMany(5000, 72);
     std::shuffle(blocks.begin(), blocks.end(), std::mt19937(3));
-    for (void * const block : blocks) {
-        segmentFree(block);
+    freeAll(blocks);
+    blocks = takeMany(5000, 72);
+    int steps = 0;
+    for (std::size_t index = 1; index < blocks.size(); ++index) {
+        steps += blocks[index] < blocks[index - 1] ? 1 : 0;
     }
-    std::size_t steps = 0;
-    for (void *& block : blocks) {
-        block = segmentAllocate(bytes, false);
-        steps += &block != blocks.data() && block < *(&block - 1) ? 1 : 0;
-    }
-    EXPECT_LE(steps, 6U) << "addresses go back at the end of a page at most";
-    for (void * const block : blocks) {
-        segmentFree(block);
-    }
+    EXPECT_LE(steps, 6) << "addresses go back at the end of a page at most";
+    freeAll(blocks);
 }
 
-TEST(Heap, IgnoresNullAndBlocksFreedTwice) {
-    segmentFree(nullptr);
+TEST(Heap, IgnoresNullAndBlocksFreedTwiceAndRefusesWhatNoSystemCanGive) {
     void * const block = segmentAllocate(24, false);
-    segmentFree(block);
-    segmentFree(block);
-    void * const first = segmentAllocate(24, false);
-    void * const second = segmentAllocate(24, false);
-    EXPECT_NE(first, second);
-    segmentFree(first);
-    segmentFree(second);
-}
-
-TEST(Heap, RefusesWhatNoSystemCanGive) {
+    freeAll({nullptr, block, block});
+    std::vector<void *> const fresh = takeMany(2, 24);
+    EXPECT_NE(fresh[0], fresh[1]);
+    freeAll(fresh);
     EXPECT_EQ(segmentAllocate(~std::size_t{0}, true), nullptr);
     EXPECT_EQ(segmentAllocate(~std::size_t{0} / 2, false), nullptr);
 }
 
-TEST(Heap, GivesMemoryBackThatLiesIdle) {
-    std::size_t const before = mappedHeapBytes();
-    std::vector<void *> blocks(60000);
-    for (void *& block : blocks) {
-        block = segmentAllocate(1000, false);
-    }
+TEST(Heap, GivesBackAtOnceWhatItDoesNotKeepAndLaterWhatLiesIdle) {
+    std::size_t before = mappedHeapBytes();
+    freeAll(takeMany(160, 2000000));
+    EXPECT_LE(mappedHeapBytes(), before + (std::size_t{264} << 20));
+    letIdleMemoryGo();
+    before = mappedHeapBytes();
+    std::vector<void *> const blocks = takeMany(60000, 1000);
     EXPECT_GE(mappedHeapBytes(), 60000000U);
-    for (void * const block : blocks) {
-        segmentFree(block);
-    }
+    freeAll(blocks);
     letIdleMemoryGo();
     EXPECT_LE(mappedHeapBytes(), before + 2 * segmentBytes);
-}
-
-TEST(Heap, GivesMemoryBackAtOnceBeyondWhatItKeeps) {
-    std::size_t const before = mappedHeapBytes();
-    std::vector<void *> blocks(160);
-    for (void *& block : blocks) {
-        block = segmentAllocate(2000000, false);
-    }
-    for (void * const block : blocks) {
-        segmentFree(block);
-    }
-    EXPECT_LE(mappedHeapBytes(), before + (std::size_t{264} << 20));
 }
 
 TEST(Heap, KeepsAHugeBlockForTheNextOfItsSize) {
@@ -146,19 +124,14 @@ TEST(Heap, KeepsAHugeBlockForTheNextOfItsSize) {
 }
 
 TEST(Heap, ReusesWhatOtherThreadsFree) {
-    constexpr std::size_t count = 20000;
-    std::vector<void *> blocks(count);
+    std::vector<void *> blocks(20000);
     std::size_t peak = 0;
     for (int round = 0; round < 12; ++round) {
         for (void *& block : blocks) {
             block = segmentAllocate(48, true);
             ASSERT_EQ(*static_cast<void **>(block), nullptr);
         }
-        std::thread([&blocks] {
-            for (void * const block : blocks) {
-                segmentFree(block);
-            }
-        }).join();
+        std::thread(freeAll, blocks).join();
         peak = round == 1 ? mappedHeapBytes() : peak;
     }
     EXPECT_LE(mappedHeapBytes(), peak + segmentBytes);
@@ -184,23 +157,24 @@ TEST(Heap, TakesOverThePagesOfThreadsThatEnded) {
     EXPECT_LE(mappedHeapBytes(), early + segmentBytes);
     // This thread, which has no page of the class, finds room in those of the threads that are gone.
     std::size_t const before = mappedHeapBytes();
-    for (int index = 0; index < 1000; ++index) {
-        left.push_back(segmentAllocate(56, false));
-    }
+    std::vector<void *> const found = takeMany(1000, 56);
     EXPECT_EQ(mappedHeapBytes(), before);
-    for (void * const block : left) {
-        segmentFree(block);
-    }
+    freeAll(found);
+    freeAll(left);
 }
 
 TEST(Heap, LetsThreadsTradeBlocks) {
-    constexpr int threads = 4;
-    constexpr std::size_t slots = 4096;
-    std::vector<std::atomic<Block *>> exchange(slots);
-    std::latch start(threads);
+    std::vector<std::atomic<Block *>> exchange(4096);
+    std::latch start(4);
     std::atomic<int> damaged{0};
-    std::vector<std::thread> workers;
-    for (unsigned number = 0; number < threads; ++number) {
+    auto const check = [&damaged](Block * block) {
+        if (block != nullptr) {
+            damaged += holds(*block, block->mark) ? 0 : 1;
+            freeAll({block->bytes, block});
+        }
+    };
+    std::vector<std::jthread> workers;
+    for (unsigned number = 0; number < 4; ++number) {
         workers.emplace_back([&, number] {
             std::mt19937 random(number);
             start.arrive_and_wait();
@@ -210,25 +184,12 @@ TEST(Heap, LetsThreadsTradeBlocks) {
                 auto * const bytes = static_cast<unsigned char *>(segmentAllocate(count, false));
                 std::memset(bytes, mark, count);
                 auto * const block = new (segmentAllocate(sizeof(Block), false)) Block{bytes, count, mark};
-                Block * const other = exchange[random() % slots].exchange(block);
-                if (other != nullptr) {
-                    damaged += holds(*other, other->mark) ? 0 : 1;
-                    segmentFree(other->bytes);
-                    segmentFree(other);
-                }
+                check(exchange[random() % exchange.size()].exchange(block));
             }
         });
     }
-    for (std::thread & worker : workers) {
-        worker.join();
-    }
-    for (std::atomic<Block *> & slot : exchange) {
-        if (Block * const block = slot.load(); block != nullptr) {
-            damaged += holds(*block, block->mark) ? 0 : 1;
-            segmentFree(block->bytes);
-            segmentFree(block);
-        }
-    }
+    workers.clear();
+    std::for_each(exchange.begin(), exchange.end(), check);
     EXPECT_EQ(damaged, 0);
 }
 

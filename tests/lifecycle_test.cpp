@@ -1,7 +1,6 @@
 #include "ordinary_allocator.h"
 
 #include <cstdlib>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <morvane/core/lifecycle.h>
 #include <morvane/core/memory.h>
@@ -15,10 +14,7 @@
 namespace {
 
 /// A static object of a client, which uses the library before `main` begins and after it has ended.
-class EarlyClient {
-public:
-    EarlyClient() : text("early"), unit(globalMemoryManager->fastAllocate(40, true)) {}
-    EarlyClient(EarlyClient const &) = delete;
+struct EarlyClient {
     ~EarlyClient() {
         text += text;
         if (text.get_length() != 10 || unit == nullptr || globalMemoryManager->fastAllocate(40, true) == nullptr) {
@@ -27,28 +23,18 @@ public:
         globalMemoryManager->fastUnallocate(unit);
     }
 
-    EarlyClient & operator=(EarlyClient const &) = delete;
-
-    _WideString text;
-    void * unit;
+    _WideString text{"early"};
+    void * unit = globalMemoryManager->fastAllocate(40, true);
 };
 
 [[gnu::init_priority(103)]] EarlyClient earlyClient;
 
 std::string heard;
 
-void listen(unsigned short int const * text) {
-    while (*text != 0) {
-        heard += static_cast<char>(*text++);
-    }
-}
-
 /// Brings the library up and down once more, beside the one that runs, and gathers what it says.
 class Lifecycle : public testing::Test {
 protected:
-    Lifecycle()
-        : memory(globalProcessMemory), manager(globalMemoryManager),
-          listener(morvane::platform::setDebugListener(listen)) {
+    Lifecycle() {
         heard.clear();
         heard.reserve(1000);
     }
@@ -61,20 +47,26 @@ protected:
     }
 
 private:
-    _Memory * memory;
-    _MemoryManager * manager;
-    morvane::platform::DebugListener listener;
+    _Memory * memory = globalProcessMemory;
+    _MemoryManager * manager = globalMemoryManager;
+    morvane::platform::DebugListener listener =
+        morvane::platform::setDebugListener([](unsigned short int const * text) {
+            for (; *text != 0; ++text) {
+                heard += static_cast<char>(*text);
+            }
+        });
 };
 
-TEST_F(Lifecycle, ServesStaticObjectsOfItsClients) {
-    EXPECT_EQ(earlyClient.text.get_length(), 5);
-    EXPECT_NE(earlyClient.unit, nullptr);
+void tell(std::uint32_t reason) {
+    EXPECT_EQ(morvane::libraryEntry(nullptr, reason, nullptr), 1);
 }
 
-TEST_F(Lifecycle, DoesNothingForOtherReasons) {
+TEST_F(Lifecycle, ServesStaticObjectsOfItsClientsAndDoesNothingForOtherReasons) {
+    EXPECT_EQ(earlyClient.text.get_length(), 5);
+    EXPECT_NE(earlyClient.unit, nullptr);
     _Memory * const before = globalProcessMemory;
     for (std::uint32_t const reason : {2U, 3U, 4U, 0xFFFFFFFFU}) {
-        EXPECT_EQ(morvane::libraryEntry(nullptr, reason, nullptr), 1);
+        tell(reason);
     }
     EXPECT_EQ(globalProcessMemory, before);
     EXPECT_EQ(heard, "");
@@ -82,38 +74,32 @@ TEST_F(Lifecycle, DoesNothingForOtherReasons) {
 
 TEST_F(Lifecycle, ReportsWhatTheHeapAndThePoolsWereAskedFor) {
     long const before = ordinary_allocator::liveBlocks;
-    EXPECT_EQ(morvane::libraryEntry(nullptr, morvane::processAttach, nullptr), 1);
+    tell(morvane::processAttach);
     EXPECT_EQ(heard, "Init Quorlis Morvane Library...\r\n");
-    heard.clear();
     globalProcessMemory->heapUnallocate(globalProcessMemory->heapAllocate(10, false));
     globalMemoryManager->fastUnallocate(globalMemoryManager->fastAllocate(100, false));
     globalMemoryManager->fastAllocate(16, false);
     globalMemoryManager->fastUnallocate(globalMemoryManager->fastAllocate(5000, false));
-    EXPECT_EQ(morvane::libraryEntry(nullptr, morvane::processDetach, nullptr), 1);
+    tell(morvane::processDetach);
     // One block of its own, two pool nodes, and the report's text.
-    EXPECT_EQ(heard, "memory allocation count : 4\r\n"
+    EXPECT_EQ(heard, "Init Quorlis Morvane Library...\r\n"
+                     "memory allocation count : 4\r\n"
                      "memory unallocation count : 2\r\n"
                      "Done Quorlis Morvane Library...\r\n"
-                     "unitSize:16 [allocCount:1, unallocCount:0]\r\n"
-                     "unitSize:32 [allocCount:0, unallocCount:0]\r\n"
-                     "unitSize:64 [allocCount:0, unallocCount:0]\r\n"
-                     "unitSize:128 [allocCount:1, unallocCount:1]\r\n"
-                     "unitSize:256 [allocCount:0, unallocCount:0]\r\n"
-                     "unitSize:512 [allocCount:0, unallocCount:0]\r\n"
+                     "unitSize:16 [allocCount:1, unallocCount:0]\r\nunitSize:32 [allocCount:0, unallocCount:0]\r\n"
+                     "unitSize:64 [allocCount:0, unallocCount:0]\r\nunitSize:128 [allocCount:1, unallocCount:1]\r\n"
+                     "unitSize:256 [allocCount:0, unallocCount:0]\r\nunitSize:512 [allocCount:0, unallocCount:0]\r\n"
                      "unitSize:1024 [allocCount:0, unallocCount:0]\r\n");
     EXPECT_EQ(ordinary_allocator::liveBlocks, before);
 }
 
 TEST_F(Lifecycle, ComesUpAndGoesDownWithoutMemory) {
     ordinary_allocator::servedBeforeRefusal = 0;
-    EXPECT_EQ(morvane::libraryEntry(nullptr, morvane::processAttach, nullptr), 1);
+    tell(morvane::processAttach);
     EXPECT_EQ(globalProcessMemory, nullptr);
     EXPECT_EQ(globalMemoryManager, nullptr);
-    {
-        _WideString text("nowhere");
-        EXPECT_EQ(text.get_length(), 0);
-    }
-    EXPECT_EQ(morvane::libraryEntry(nullptr, morvane::processDetach, nullptr), 1);
+    EXPECT_EQ(_WideString("nowhere").get_length(), 0);
+    tell(morvane::processDetach);
     EXPECT_EQ(heard, "Init Quorlis Morvane Library...\r\n"
                      "memory allocation count : 0\r\n"
                      "memory unallocation count : 0\r\n"

@@ -2,8 +2,11 @@
 #include "ordinary_allocator.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
+#include <functional>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <morvane/core/lifecycle.h>
 #include <morvane/core/memory.h>
 #include <morvane/core/memory_block.h>
@@ -12,44 +15,51 @@
 #include <random>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 namespace {
 
 std::string heard;
 
-void listen(unsigned short int const * text) {
-    while (*text != 0) {
-        heard += static_cast<char>(*text++);
+/// What it traces on the debug channel.
+template <typename Speaker>
+std::string const & traceOf(Speaker const & speaker) {
+    heard.clear();
+    auto const former = morvane::platform::setDebugListener([](unsigned short int const * text) {
+        for (; *text != 0; ++text) {
+            heard += static_cast<char>(*text);
+        }
+    });
+    speaker.traceConsole();
+    morvane::platform::setDebugListener(former);
+    return heard;
+}
+
+/// Runs the work, which is told its number, in four threads at once.
+void runInThreads(std::function<void(unsigned)> const & work) {
+    std::vector<std::jthread> threads;
+    for (unsigned number = 0; number < 4; ++number) {
+        threads.emplace_back([&work, number] { work(number); });
     }
 }
 
 /// A pool that shows its nodes.
 class OpenBlock : public _MemoryBlock {
 public:
-    using _MemoryBlock::_MemoryBlock;
-    using _MemoryBlock::createNode;
-    using _MemoryBlock::createPointer;
-    using _MemoryBlock::dataSize;
-    using _MemoryBlock::destroyNode;
-    using _MemoryBlock::destroyPart;
-    using _MemoryBlock::fillData;
-    using _MemoryBlock::fillStack;
-    using _MemoryBlock::freeChain;
-    using _MemoryBlock::getFirstNode;
-    using _MemoryBlock::getLastNode;
-    using _MemoryBlock::getPart;
-    using _MemoryBlock::getPreviousNode;
-    using _MemoryBlock::getStack;
-    using _MemoryBlock::headSize;
-    using _MemoryBlock::insert;
-    using _MemoryBlock::insertAfter;
-    using _MemoryBlock::isEmpty;
-    using _MemoryBlock::isFull;
-    using _MemoryBlock::nodeSize;
-    using _MemoryBlock::partSize;
-    using _MemoryBlock::remove;
-    using _MemoryBlock::stackSize;
+    using Base = _MemoryBlock;
+    using Base::_MemoryBlock, Base::createNode, Base::createPointer, Base::dataSize, Base::destroyNode;
+    using Base::fillData, Base::fillStack, Base::freeChain, Base::getFirstNode, Base::getLastNode, Base::getPart;
+    using Base::getPreviousNode, Base::getStack, Base::headSize, Base::insert, Base::insertAfter, Base::isEmpty;
+    using Base::nodeSize, Base::partSize, Base::remove, Base::stackSize;
+
+    /// A node with all units free, in no chain yet.
+    _MemoryNode * createFreeNode() {
+        _MemoryNode * const node = createNode();
+        fillStack(node);
+        fillData(node);
+        return node;
+    }
 
     std::vector<_MemoryNode *> nodes() const {
         std::vector<_MemoryNode *> found;
@@ -76,39 +86,26 @@ class Pool : public testing::Test {
 using Memory = Pool;
 using Manager = Pool;
 
-TEST_F(Memory, CountsEveryCallWhetherItIsServedOrNot) {
+TEST_F(Memory, CountsEveryCallOfAllThreadsWhetherItIsServedOrNot) {
     _Memory memory;
-    void * const empty = memory.heapAllocate(0, true);
-    EXPECT_NE(empty, nullptr);
     counting_heap::refuseOnce(0);
     EXPECT_EQ(memory.heapAllocate(10, false), nullptr);
     memory.heapUnallocate(nullptr);
+    runInThreads([&memory](unsigned) {
+        for (int round = 0; round < 5000; ++round) {
+            memory.heapUnallocate(memory.heapAllocate(8, false));
+        }
+    });
+    void * const empty = memory.heapAllocate(0, true);
+    EXPECT_NE(empty, nullptr);
     memory.heapUnallocate(empty);
-    _Memory const copy(memory);
     _Memory assigned;
     assigned = memory;
-    for (_Memory const & counted : {memory, copy, assigned}) {
-        EXPECT_EQ(counted.heapAllocationCount(), 2);
-        EXPECT_EQ(counted.heapUnallocationCount(), 2);
+    for (_Memory const & counted : {memory, _Memory(memory), assigned}) {
+        EXPECT_EQ(counted.heapAllocationCount(), 20002);
+        EXPECT_EQ(counted.heapUnallocationCount(), 20002);
         EXPECT_EQ(counted.heapFree(), 0U);
     }
-}
-
-TEST_F(Memory, CountsExactlyWithSeveralThreads) {
-    _Memory memory;
-    std::vector<std::thread> threads;
-    for (int number = 0; number < 4; ++number) {
-        threads.emplace_back([&memory] {
-            for (int round = 0; round < 5000; ++round) {
-                memory.heapUnallocate(memory.heapAllocate(8, false));
-            }
-        });
-    }
-    for (std::thread & thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(memory.heapAllocationCount(), 20000);
-    EXPECT_EQ(memory.heapUnallocationCount(), 20000);
 }
 
 TEST_F(Pool, LaysItsNodesOutAsItsClientsExpect) {
@@ -147,45 +144,35 @@ TEST_F(Pool, ClearsExactlyTheUnitAndOnlyOnDemand) {
     auto * const next = static_cast<char *>(block.allocate(false));
     std::memset(unit, 'a', 13);
     std::memset(next, 'b', 13);
-    block.unallocate(unit);
-    EXPECT_EQ(block.allocate(false), unit);
-    EXPECT_EQ(std::string(unit, 13), std::string(13, 'a'));
-    block.unallocate(unit);
-    EXPECT_EQ(block.allocate(true), unit);
-    EXPECT_EQ(std::string(unit, 13), std::string(13, '\0'));
-    EXPECT_EQ(headerOf(unit).unitSize, 13);
-    EXPECT_EQ(headerOf(next).index, 1);
-    EXPECT_EQ(std::string(next, 13), std::string(13, 'b'));
+    for (bool const cleared : {false, true}) {
+        block.unallocate(unit);
+        EXPECT_EQ(block.allocate(cleared), unit);
+        EXPECT_EQ(std::string(unit, 13), std::string(13, cleared ? '\0' : 'a'));
+        EXPECT_EQ(headerOf(unit).unitSize, 13);
+        EXPECT_EQ(headerOf(next).index, 1);
+        EXPECT_EQ(std::string(next, 13), std::string(13, 'b'));
+    }
 }
 
 TEST_F(Pool, IgnoresPointersThatItDoesNotHold) {
     OpenBlock block(16, 4);
     int foreign[8]{};
-    block.unallocate(foreign + 4);
-    block.unallocate(nullptr);
     void * const unit = block.allocate(false);
     block.unallocate(foreign + 4);
     block.unallocate(nullptr);
     block.unallocate(unit);
     block.unallocate(unit);
     EXPECT_EQ(block.getFirstNode()->freeCount, 4U);
-    morvane::platform::DebugListener const former = morvane::platform::setDebugListener(listen);
-    heard.clear();
-    block.traceConsole();
+    EXPECT_EQ(traceOf(block), "unitSize:16 [allocCount:1, unallocCount:1]\r\n");
     block.set_allocationCount(7);
     block.set_unallocationCount(0xFFFFFFFF);
-    block.traceConsole();
-    morvane::platform::setDebugListener(former);
-    EXPECT_EQ(heard, "unitSize:16 [allocCount:1, unallocCount:1]\r\nunitSize:16 [allocCount:7, unallocCount:-1]\r\n");
+    EXPECT_EQ(traceOf(block), "unitSize:16 [allocCount:7, unallocCount:-1]\r\n");
 }
 
 TEST_F(Pool, GivesNullWhereNoNodeCanBe) {
-    struct {
-        std::uint16_t unitSize;
-        std::uint32_t unitCount;
-    } const cases[] = {{16, 0}, {16, 65537}, {65535, 65536}, {16, 0xFFFFFFFF}};
-    for (auto const & impossible : cases) {
-        OpenBlock block(impossible.unitSize, impossible.unitCount);
+    std::pair<std::uint16_t, std::uint32_t> const cases[] = {{16, 0}, {16, 65537}, {65535, 65536}, {16, 0xFFFFFFFF}};
+    for (auto const & [unitSize, unitCount] : cases) {
+        OpenBlock block(unitSize, unitCount);
         long const asked = counting_heap::requests();
         EXPECT_EQ(block.allocate(true), nullptr);
         EXPECT_EQ(counting_heap::requests(), asked) << "no node was asked for";
@@ -195,12 +182,11 @@ TEST_F(Pool, GivesNullWhereNoNodeCanBe) {
         counting_heap::refuseOnce(served);
         OpenBlock block(8, 1);
         std::vector<void *> units;
-        for (int round = 0; round < 40; ++round) {
-            units.push_back(block.allocate(true));
-        }
+        std::generate_n(std::back_inserter(units), 40, [&block] { return block.allocate(true); });
         counting_heap::serveAll();
-        EXPECT_LE(std::count(units.begin(), units.end(), nullptr), served == 0 ? 40 : 1);
-        EXPECT_EQ(block.nodes().size(), 40U - static_cast<unsigned>(std::count(units.begin(), units.end(), nullptr)));
+        auto const refused = static_cast<unsigned>(std::count(units.begin(), units.end(), nullptr));
+        EXPECT_LE(refused, served == 0 ? 40U : 1U);
+        EXPECT_EQ(block.nodes().size(), 40U - refused);
         for (void * const unit : units) {
             block.unallocate(unit);
         }
@@ -209,18 +195,13 @@ TEST_F(Pool, GivesNullWhereNoNodeCanBe) {
 }
 
 /// The pool as it is told: a walk along the chain for everything.
-class PlainPool {
-public:
-    explicit PlainPool(std::uint16_t units) : unitCount(units) {}
-
+struct PlainPool {
     /// Where the next unit comes from: the place of the node in the chain, and the unit; a place behind the end is a
     /// new node.
     std::pair<std::size_t, std::uint16_t> allocate() {
-        std::size_t place = 0;
-        while (place < chain.size() && chain[place].stack.empty()) {
-            ++place;
-        }
-        if (place == chain.size()) {
+        auto const found = std::find_if(chain.begin(), chain.end(), [](auto & any) { return !any.stack.empty(); });
+        auto const place = static_cast<std::size_t>(found - chain.begin());
+        if (found == chain.end()) {
             add(place);
         }
         std::uint16_t const unit = chain[place].stack.back();
@@ -229,21 +210,17 @@ public:
     }
 
     void add(std::size_t place) {
-        PlainNode node{nullptr, {}};
+        auto const added = chain.insert(chain.begin() + static_cast<std::ptrdiff_t>(place), {nullptr, {}});
         for (std::uint16_t unit = unitCount; unit != 0;) {
-            node.stack.push_back(--unit);
+            added->stack.push_back(--unit);
         }
-        chain.insert(chain.begin() + static_cast<std::ptrdiff_t>(place), node);
     }
 
     void unallocate(Node const * node, std::uint16_t unit) {
-        std::size_t place = 0;
-        while (chain[place].node != node) {
-            ++place;
-        }
-        chain[place].stack.push_back(unit);
-        if (chain[place].stack.size() == unitCount && place != 0) {
-            chain.erase(chain.begin() + static_cast<std::ptrdiff_t>(place));
+        auto const found = std::find_if(chain.begin(), chain.end(), [node](auto & any) { return any.node == node; });
+        found->stack.push_back(unit);
+        if (found->stack.size() == unitCount && found != chain.begin()) {
+            chain.erase(found);
         }
     }
 
@@ -251,16 +228,8 @@ public:
         Node * node;
         std::vector<std::uint16_t> stack;
     };
-    std::vector<PlainNode> chain;
-
-private:
     std::uint16_t unitCount;
-};
-
-struct Unit {
-    char * pointer;
-    Node * node;
-    std::uint16_t index;
+    std::vector<PlainNode> chain{};
 };
 
 void expectSame(OpenBlock & block, PlainPool & plain) {
@@ -280,18 +249,15 @@ TEST_F(Pool, WorksAsAWalkAlongItsChainWould) {
         for (unsigned const most : {30U, 400U}) {
             std::mt19937 random(units + most);
             OpenBlock block(12, units);
-            PlainPool plain(units);
-            std::vector<Unit> live;
+            PlainPool plain{units};
+            std::vector<std::tuple<char *, Node *, std::uint16_t>> live;
             for (int step = 0; step < 6000; ++step) {
                 bool const grows = step / 1000 % 2 == 0;
                 auto const dice = random() % 100;
                 if (dice == 0 && !plain.chain.empty()) {
                     // A derived class puts a node of its own somewhere behind the first.
-                    Node * const node = block.createNode();
-                    block.fillStack(node);
-                    block.fillData(node);
                     std::size_t const place = random() % plain.chain.size();
-                    block.insertAfter(plain.chain[place].node, node);
+                    block.insertAfter(plain.chain[place].node, block.createFreeNode());
                     plain.add(place + 1);
                 } else if (dice == 1) {
                     // It takes one away that has no unit in use, and puts it back at the end.
@@ -315,8 +281,9 @@ TEST_F(Pool, WorksAsAWalkAlongItsChainWould) {
                     std::swap(plain.chain[0], plain.chain[1]);
                 } else if (!live.empty() && (live.size() > most || dice < (grows ? 30 : 70))) {
                     std::swap(live[random() % live.size()], live.back());
-                    block.unallocate(live.back().pointer);
-                    plain.unallocate(live.back().node, live.back().index);
+                    auto const [pointer, node, index] = live.back();
+                    block.unallocate(pointer);
+                    plain.unallocate(node, index);
                     live.pop_back();
                 } else {
                     auto * const pointer = static_cast<char *>(block.allocate(true));
@@ -324,7 +291,7 @@ TEST_F(Pool, WorksAsAWalkAlongItsChainWould) {
                     std::vector<Node *> const nodes = block.nodes();
                     ASSERT_LT(place, nodes.size());
                     ASSERT_EQ(pointer, reinterpret_cast<char *>(nodes[place]) + 24 + index * 20);
-                    live.push_back({pointer, nodes[place], index});
+                    live.emplace_back(pointer, nodes[place], index);
                 }
                 expectSame(block, plain);
                 if (HasFatalFailure()) {
@@ -344,9 +311,7 @@ TEST_F(Pool, WorksAsAWalkAlongItsChainWould) {
 TEST_F(Pool, FollowsADerivedClassThatTakesItsNodesApart) {
     OpenBlock block(8, 1);
     std::vector<void *> units;
-    for (int round = 0; round < 100; ++round) {
-        units.push_back(block.allocate(false));
-    }
+    std::generate_n(std::back_inserter(units), 100, [&block] { return block.allocate(false); });
     std::vector<Node *> nodes = block.nodes();
     // Gone without a word: the link is written first, then the node destroyed.
     nodes[49]->next = nodes[51];
@@ -355,9 +320,7 @@ TEST_F(Pool, FollowsADerivedClassThatTakesItsNodesApart) {
     block.unallocate(units[51]);
     EXPECT_EQ(block.nodes().size(), 97U);
     // Linked on behind the last one without a word.
-    Node * const added = block.createNode();
-    block.fillStack(added);
-    block.fillData(added);
+    Node * const added = block.createFreeNode();
     block.getLastNode()->next = added;
     EXPECT_EQ(block.allocate(false), _MemoryBlock::memoryPartToPointer(block.getPart(added, 0)));
     EXPECT_EQ(block.getLastNode(), added);
@@ -400,31 +363,22 @@ TEST_F(Pool, ReleasesASharedChainOnce) {
 
 TEST_F(Pool, ServesSeveralThreadsAtOnce) {
     OpenBlock block(24, 16);
-    std::vector<std::thread> threads;
     std::atomic<int> damaged{0};
-    for (int number = 0; number < 4; ++number) {
-        threads.emplace_back([&block, &damaged, number] {
-            std::mt19937 random(static_cast<unsigned>(number));
-            std::vector<char *> units;
-            for (int round = 0; round < 5000; ++round) {
-                if (units.size() > 200 || (random() % 2 != 0 && !units.empty())) {
-                    std::swap(units[random() % units.size()], units.back());
-                    damaged += std::string(units.back(), 24) == std::string(24, static_cast<char>(number)) ? 0 : 1;
-                    block.unallocate(units.back());
-                    units.pop_back();
-                } else {
-                    units.push_back(static_cast<char *>(block.allocate(false)));
-                    std::memset(units.back(), number, 24);
-                }
+    runInThreads([&block, &damaged](unsigned number) {
+        std::mt19937 random(number);
+        std::vector<char *> units;
+        for (int round = 0; round < 5000 || !units.empty(); ++round) {
+            if (round >= 5000 || units.size() > 200 || (random() % 2 != 0 && !units.empty())) {
+                std::swap(units[random() % units.size()], units.back());
+                damaged += std::string(units.back(), 24) == std::string(24, static_cast<char>(number)) ? 0 : 1;
+                block.unallocate(units.back());
+                units.pop_back();
+            } else {
+                units.push_back(static_cast<char *>(block.allocate(false)));
+                std::memset(units.back(), static_cast<int>(number), 24);
             }
-            for (char * const unit : units) {
-                block.unallocate(unit);
-            }
-        });
-    }
-    for (std::thread & thread : threads) {
-        thread.join();
-    }
+        }
+    });
     EXPECT_EQ(damaged, 0);
     EXPECT_EQ(block.nodes().size(), 1U);
     EXPECT_TRUE(block.isEmpty(block.getFirstNode()));
@@ -432,39 +386,30 @@ TEST_F(Pool, ServesSeveralThreadsAtOnce) {
 
 /// The lines that the manager says, without what is the same in all.
 std::string countsOf(_MemoryManager const & manager) {
-    morvane::platform::DebugListener const former = morvane::platform::setDebugListener(listen);
-    heard.clear();
-    manager.traceConsole();
-    morvane::platform::setDebugListener(former);
-    std::string counts;
-    for (char const c : heard) {
-        counts += (c >= '0' && c <= '9') || c == ':' || c == ',' || c == '\n' ? std::string(1, c) : "";
-    }
+    std::string counts = traceOf(manager);
+    std::erase_if(counts, [](char c) { return std::strchr("0123456789:,\n", c) == nullptr; });
     return counts;
 }
 
 TEST_F(Manager, SendsEverySizeToItsPool) {
-    struct {
-        std::uint32_t size;
-        std::uint16_t pool;
-    } const cases[] = {{0, 16},    {16, 16},   {17, 32},   {32, 32},   {33, 64},    {64, 64},     {65, 128},
-                       {128, 128}, {129, 256}, {257, 512}, {512, 512}, {513, 1024}, {1024, 1024}, {1025, 65535}};
-    for (auto const & request : cases) {
+    std::pair<std::uint32_t, std::uint16_t> const cases[] = {
+        {0, 16},    {16, 16},   {17, 32},   {32, 32},   {33, 64},    {64, 64},     {65, 128},
+        {128, 128}, {129, 256}, {257, 512}, {512, 512}, {513, 1024}, {1024, 1024}, {1025, 65535}};
+    for (auto const & [size, pool] : cases) {
         _MemoryManager manager;
         std::int32_t const nodes = globalProcessMemory->heapAllocationCount();
-        auto * const pointer = static_cast<char *>(manager.fastAllocate(request.size, true));
-        EXPECT_EQ(headerOf(pointer).unitSize, request.pool) << request.size;
+        auto * const pointer = static_cast<char *>(manager.fastAllocate(size, true));
+        EXPECT_EQ(headerOf(pointer).unitSize, pool) << size;
         EXPECT_EQ(headerOf(pointer).index, 0);
-        bool const fromPool = request.pool != 65535;
-        EXPECT_EQ(headerOf(pointer).size, fromPool ? 0 : request.size);
+        bool const fromPool = pool != 65535;
+        EXPECT_EQ(headerOf(pointer).size, fromPool ? 0 : size);
         EXPECT_EQ(globalProcessMemory->heapAllocationCount() - nodes, fromPool ? 1 : 0);
-        EXPECT_EQ(counting_heap::lastBytes(),
-                  fromPool ? 262144U / request.pool * (request.pool + 10U) + 16 : request.size + 8);
-        EXPECT_TRUE(std::all_of(pointer, pointer + request.size, [](char byte) { return byte == 0; }));
+        EXPECT_EQ(counting_heap::lastBytes(), fromPool ? 262144U / pool * (pool + 10U) + 16 : size + 8);
+        EXPECT_TRUE(std::all_of(pointer, pointer + size, [](char byte) { return byte == 0; }));
         manager.fastUnallocate(pointer);
         manager.fastUnallocate(nullptr);
-        std::string const line = std::to_string(request.pool) + ":1,:1\n";
-        EXPECT_EQ(countsOf(manager).find(line) != std::string::npos, fromPool) << request.size;
+        std::string const line = std::to_string(pool) + ":1,:1\n";
+        EXPECT_EQ(countsOf(manager).find(line) != std::string::npos, fromPool) << size;
         EXPECT_EQ(manager.heapFree(), 0U);
     }
 }
