@@ -46,6 +46,8 @@ XmlPeer const pocoPeer{"POCO",
                        [](char const * bytes, std::size_t size) -> void * {
                            Poco::XML::DOMParser parser;
                            parser.setFeature(Poco::XML::DOMParser::FEATURE_FILTER_WHITESPACE, true);
+                           // Else namespace declarations would not be among the attributes.
+                           parser.setFeature(Poco::XML::XMLReader::FEATURE_NAMESPACES, false);
                            try {
                                return parser.parseMemory(bytes, size);
                            } catch (Poco::Exception const &) {
