@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <morvane/platform/critical_section_guard.h>
 #include <morvane/platform/system_pages.h>
+#include <morvane/platform/tick_count.h>
 
 namespace morvane::platform {
 namespace {
@@ -15,14 +17,23 @@ using SliceBits = std::uint64_t;
 /// All slices but the head.
 constexpr SliceBits allSlices = ~SliceBits{1};
 
-/// Free memory that is kept for later, at most: enough for a large document that comes and goes.
-constexpr std::size_t mostKeptBytes = std::size_t{sizeof(void *) >= 8 ? 256U : 32U} << 20;
+/// Free memory is kept as long as the heap holds no more than a quarter above the most that was in use in this period
+/// and the last, and so much.
+constexpr std::size_t spareBytes = std::size_t{sizeof(void *) >= 8 ? 64U : 8U} << 20;
 
-/// The memory of huge blocks that is kept, in blocks.
-constexpr std::size_t mostKeptHuge = 8;
+/// A period ends when as many slices have changed hands, and four times as many as the heap holds, or when its time is
+/// up. What lay idle for a whole period goes back to the system.
+constexpr std::size_t leastPeriodSlices = 4096;
+constexpr std::uint32_t mostPeriodMilliseconds = 10000;
 
-/// Slices taken and given back in a period, at least. What lay idle for a whole period goes back to the system.
-constexpr std::size_t leastPeriod = 4096;
+/// Slices that change hands between two looks at the clock.
+constexpr std::size_t clockSlices = 64;
+
+/// Lengths of huge blocks: eight steps to each doubling, from 32 slices on.
+constexpr std::size_t hugeClasses = (std::numeric_limits<std::size_t>::digits - 16 - 5) * 8;
+
+/// Classes above its own that a huge block may be taken from: up to twice its length.
+constexpr std::size_t hugeReach = 8;
 
 /// Segments before large pages are asked for: a small program shall stay small.
 constexpr std::size_t smallPageSegments = 2;
@@ -53,8 +64,16 @@ char * sliceAt(HeapSegment & segment, std::size_t slice) {
     return reinterpret_cast<char *>(&segment) + slice * sliceBytes;
 }
 
-std::size_t bytesOf(SliceBits slices) {
-    return static_cast<std::size_t>(std::popcount(slices)) * sliceBytes;
+/// The shortest class of huge blocks with so many slices, at least 33.
+std::size_t hugeClassOf(std::size_t slices) {
+    std::size_t const last = slices - 1;
+    auto const shift = static_cast<std::size_t>(std::bit_width(last)) - 4;
+    return (shift - 2) * 8 + (last >> shift) - 8;
+}
+
+/// Slices of the class.
+std::size_t hugeSlicesOf(std::size_t hugeClass) {
+    return (hugeClass % 8 + 9) << (hugeClass / 8 + 2);
 }
 
 /// All segments of the process.
@@ -76,6 +95,9 @@ public:
 
     void releaseAll();
 
+    /// Ends the period if it began long before `milliseconds`.
+    void passTime(std::uint32_t milliseconds);
+
     std::size_t mappedBytes() {
         CriticalSectionGuard const guard(lock);
         return mapped;
@@ -87,6 +109,12 @@ private:
     HeapSegment * addSegment();
     HeapSegment * mapSegment(std::size_t bytes, bool huge);
     void enlist(HeapSegment & segment);
+    void unlist(HeapSegment & segment);
+
+    /// Notes bytes that came into use.
+    void use(std::size_t bytes);
+    /// Whether the heap holds more than it should keep.
+    bool holdsTooMuch() const;
 
     void fileSegment(HeapSegment & segment);
     void unfileSegment(HeapSegment & segment);
@@ -97,24 +125,29 @@ private:
 
     /// Counts slices that changed hands, and ends the period when it is due.
     void turnOver(std::size_t slices, HeapSegment *& doomed);
+    void endPeriodByTime(std::uint32_t milliseconds, HeapSegment *& doomed);
     void endPeriod(HeapSegment *& doomed);
-    void discardIdle(HeapSegment & segment);
+    static void discardIdle(HeapSegment & segment);
 
     /// Segments whose longest free run has so many slices, and a bit for each list that is not empty.
     HeapSegment * segmentsByRun[segmentSlices]{};
     SliceBits runLengths = 0;
 
-    /// Every segment, but those of huge blocks that are kept.
+    /// Every segment, those of huge blocks that are kept included.
     HeapSegment * all = nullptr;
     std::size_t sharedSegments = 0;
+    /// Bytes from the system, and those of them in slices and huge blocks that are with somebody; the most of these in
+    /// this period and in the last.
     std::size_t mapped = 0;
+    std::size_t used = 0;
+    std::size_t mostUsed = 0;
+    std::size_t mostUsedBefore = 0;
 
-    HeapSegment * keptHuge[mostKeptHuge]{};
-    std::size_t keptHugeCount = 0;
-    /// Memory that is free and holds old bytes, in segments and under huge blocks.
-    std::size_t keptBytes = 0;
+    /// What is kept of huge blocks, by class, the last that came first.
+    HeapSegment * keptHuge[hugeClasses]{};
 
     std::size_t turnover = 0;
+    std::uint32_t periodBegin = 0;
 };
 
 constinit SegmentPool pool;
@@ -132,11 +165,11 @@ SegmentPool::Slices SegmentPool::acquire(std::size_t count) {
         std::size_t const first = findRun(segment->freeSlices, count);
         SliceBits const taken = sliceRun(first, count);
         slices = {segment, first, segment->dirtySlices & taken};
-        keptBytes -= bytesOf(slices.dirty);
         unfileSegment(*segment);
         segment->freeSlices &= ~taken;
         segment->idleSlices &= ~taken;
         fileSegment(*segment);
+        use(count * sliceBytes);
         turnOver(count, doomed);
     }
     unmap(doomed);
@@ -151,9 +184,9 @@ void SegmentPool::release(HeapSegment & segment, std::size_t first, std::size_t 
         unfileSegment(segment);
         segment.freeSlices |= slices;
         segment.dirtySlices |= slices;
-        keptBytes += bytesOf(slices);
         fileSegment(segment);
-        if (segment.freeSlices == allSlices && keptBytes > mostKeptBytes) {
+        used -= count * sliceBytes;
+        if (segment.freeSlices == allSlices && holdsTooMuch()) {
             doom(segment, doomed);
         }
         turnOver(count, doomed);
@@ -162,29 +195,24 @@ void SegmentPool::release(HeapSegment & segment, std::size_t first, std::size_t 
 }
 
 HeapSegment * SegmentPool::acquireHuge(std::size_t bytes, bool & dirty) {
-    constexpr std::size_t mostBytes = std::numeric_limits<std::size_t>::max() - 2 * segmentBytes;
+    constexpr std::size_t mostBytes = std::numeric_limits<std::size_t>::max() / 2;
     if (bytes > mostBytes) {
         return nullptr;
     }
-    std::size_t const needed = (bytes + 2 * sliceBytes - 1) / sliceBytes * sliceBytes;
+    std::size_t const hugeClass = hugeClassOf((bytes + 2 * sliceBytes - 1) / sliceBytes);
+    std::size_t const behind = std::min(hugeClass + hugeReach + 1, hugeClasses);
     CriticalSectionGuard const guard(lock);
-    std::size_t best = keptHugeCount;
-    for (std::size_t index = 0; index < keptHugeCount; ++index) {
-        std::size_t const held = keptHuge[index]->mappedBytes;
-        if (held >= needed && held / 2 <= needed && (best == keptHugeCount || held < keptHuge[best]->mappedBytes)) {
-            best = index;
-        }
+    HeapSegment ** const kept =
+        std::find_if(keptHuge + hugeClass, keptHuge + behind, [](auto * first) { return first != nullptr; });
+    dirty = kept != keptHuge + behind;
+    HeapSegment * const segment = dirty ? *kept : mapSegment(hugeSlicesOf(hugeClass) * sliceBytes, true);
+    if (segment == nullptr) {
+        return nullptr;
     }
-    dirty = best != keptHugeCount;
-    if (!dirty) {
-        return mapSegment(needed, true);
+    if (dirty) {
+        *kept = segment->next;
     }
-    HeapSegment * const segment = keptHuge[best];
-    std::copy(keptHuge + best + 1, keptHuge + keptHugeCount, keptHuge + best);
-    --keptHugeCount;
-    keptBytes -= segment->mappedBytes;
-    segment->idleSlices = 0;
-    enlist(*segment);
+    use(segment->mappedBytes);
     return segment;
 }
 
@@ -193,24 +221,25 @@ void SegmentPool::releaseHuge(HeapSegment & segment) {
     {
         CriticalSectionGuard const guard(lock);
         std::size_t const bytes = segment.mappedBytes;
-        doom(segment, doomed);
-        if (bytes <= mostKeptBytes / 2 && keptBytes <= mostKeptBytes - bytes) {
-            doomed = nullptr;
-            mapped += bytes;
-            keptBytes += bytes;
+        used -= bytes;
+        if (holdsTooMuch()) {
+            doom(segment, doomed);
+        } else {
+            HeapSegment *& first = keptHuge[hugeClassOf(bytes / sliceBytes)];
+            segment.next = first;
+            first = &segment;
             segment.idleSlices = 0;
-            if (keptHugeCount == mostKeptHuge) {
-                HeapSegment * const oldest = keptHuge[0];
-                std::copy(keptHuge + 1, keptHuge + keptHugeCount, keptHuge);
-                --keptHugeCount;
-                keptBytes -= oldest->mappedBytes;
-                mapped -= oldest->mappedBytes;
-                oldest->next = doomed;
-                doomed = oldest;
-            }
-            keptHuge[keptHugeCount++] = &segment;
         }
         turnOver(bytes / sliceBytes, doomed);
+    }
+    unmap(doomed);
+}
+
+void SegmentPool::passTime(std::uint32_t milliseconds) {
+    HeapSegment * doomed = nullptr;
+    {
+        CriticalSectionGuard const guard(lock);
+        endPeriodByTime(milliseconds, doomed);
     }
     unmap(doomed);
 }
@@ -221,14 +250,10 @@ void SegmentPool::releaseAll() {
     while (all != nullptr) {
         doom(*all, doomed);
     }
-    for (std::size_t index = 0; index < keptHugeCount; ++index) {
-        keptHuge[index]->next = doomed;
-        doomed = keptHuge[index];
-    }
-    keptHugeCount = 0;
-    keptBytes = 0;
-    mapped = 0;
-    sharedSegments = 0;
+    std::fill(std::begin(keptHuge), std::end(keptHuge), nullptr);
+    used = 0;
+    mostUsed = 0;
+    mostUsedBefore = 0;
     turnover = 0;
     unmap(doomed);
 }
@@ -236,9 +261,7 @@ void SegmentPool::releaseAll() {
 HeapSegment * SegmentPool::addSegment() {
     HeapSegment * const segment = mapSegment(segmentBytes, false);
     if (segment != nullptr) {
-        if (++sharedSegments > smallPageSegments) {
-            preferLargePages(segment, segmentBytes);
-        }
+        ++sharedSegments;
         segment->freeSlices = allSlices;
         fileSegment(*segment);
     }
@@ -250,8 +273,8 @@ HeapSegment * SegmentPool::mapSegment(std::size_t bytes, bool huge) {
     if (segment == nullptr) {
         return nullptr;
     }
-    if (huge) {
-        preferLargePages(segment, bytes);
+    if (huge || sharedSegments >= smallPageSegments) {
+        preferLargePages(segment, bytes); // before the first touch
     }
     // The system's zeros are the rest of the head.
     segment->mappedBytes = bytes;
@@ -268,6 +291,23 @@ void SegmentPool::enlist(HeapSegment & segment) {
         all->previousOfAll = &segment;
     }
     all = &segment;
+}
+
+void SegmentPool::unlist(HeapSegment & segment) {
+    if (segment.nextOfAll != nullptr) {
+        segment.nextOfAll->previousOfAll = segment.previousOfAll;
+    }
+    (segment.previousOfAll != nullptr ? segment.previousOfAll->nextOfAll : all) = segment.nextOfAll;
+}
+
+void SegmentPool::use(std::size_t bytes) {
+    used += bytes;
+    mostUsed = std::max(mostUsed, used);
+}
+
+bool SegmentPool::holdsTooMuch() const {
+    std::size_t const most = std::max(mostUsed, mostUsedBefore);
+    return mapped > most + most / 4 + spareBytes;
 }
 
 void SegmentPool::fileSegment(HeapSegment & segment) {
@@ -305,19 +345,9 @@ void SegmentPool::unfileSegment(HeapSegment & segment) {
 
 void SegmentPool::doom(HeapSegment & segment, HeapSegment *& doomed) {
     unfileSegment(segment);
-    if (segment.nextOfAll != nullptr) {
-        segment.nextOfAll->previousOfAll = segment.previousOfAll;
-    }
-    if (segment.previousOfAll != nullptr) {
-        segment.previousOfAll->nextOfAll = segment.nextOfAll;
-    } else {
-        all = segment.nextOfAll;
-    }
+    unlist(segment);
     mapped -= segment.mappedBytes;
-    if (!segment.huge) {
-        --sharedSegments;
-        keptBytes -= bytesOf(segment.freeSlices & segment.dirtySlices);
-    }
+    sharedSegments -= segment.huge ? 0 : 1;
     segment.next = doomed;
     doomed = &segment;
 }
@@ -331,38 +361,50 @@ void SegmentPool::unmap(HeapSegment * doomed) {
 }
 
 void SegmentPool::turnOver(std::size_t slices, HeapSegment *& doomed) {
+    std::size_t const before = turnover;
     turnover += slices;
-    if (turnover >= leastPeriod && turnover / 4 >= mapped / sliceBytes) {
-        turnover = 0;
+    if (turnover >= leastPeriodSlices && turnover / 4 >= mapped / sliceBytes) {
         endPeriod(doomed);
+    } else if (before / clockSlices != turnover / clockSlices) {
+        endPeriodByTime(tickCount(), doomed);
+    }
+}
+
+void SegmentPool::endPeriodByTime(std::uint32_t milliseconds, HeapSegment *& doomed) {
+    if (milliseconds - periodBegin >= mostPeriodMilliseconds) {
+        endPeriod(doomed);
+        periodBegin = milliseconds;
     }
 }
 
 void SegmentPool::endPeriod(HeapSegment *& doomed) {
+    turnover = 0;
+    mostUsedBefore = mostUsed;
+    mostUsed = used;
+    for (HeapSegment *& first : keptHuge) {
+        for (HeapSegment ** link = &first; *link != nullptr;) {
+            HeapSegment & segment = **link;
+            if (segment.idleSlices != 0) {
+                *link = segment.next;
+                doom(segment, doomed);
+            } else {
+                segment.idleSlices = allSlices;
+                link = &segment.next;
+            }
+        }
+    }
     for (HeapSegment * segment = all; segment != nullptr;) {
         HeapSegment * const next = segment->nextOfAll;
-        if (segment->idleSlices == allSlices) {
-            doom(*segment, doomed);
-        } else {
-            discardIdle(*segment);
-            segment->idleSlices = segment->freeSlices;
+        if (!segment->huge) {
+            if (segment->idleSlices == allSlices) {
+                doom(*segment, doomed);
+            } else {
+                discardIdle(*segment);
+                segment->idleSlices = segment->freeSlices;
+            }
         }
         segment = next;
     }
-    std::size_t stay = 0;
-    for (std::size_t index = 0; index < keptHugeCount; ++index) {
-        HeapSegment * const segment = keptHuge[index];
-        if (segment->idleSlices != 0) {
-            keptBytes -= segment->mappedBytes;
-            mapped -= segment->mappedBytes;
-            segment->next = doomed;
-            doomed = segment;
-        } else {
-            segment->idleSlices = allSlices;
-            keptHuge[stay++] = segment;
-        }
-    }
-    keptHugeCount = stay;
 }
 
 void SegmentPool::discardIdle(HeapSegment & segment) {
@@ -373,7 +415,6 @@ void SegmentPool::discardIdle(HeapSegment & segment) {
         SliceBits const run = sliceRun(first, count);
         if (discardPages(sliceAt(segment, first), count * sliceBytes)) {
             segment.dirtySlices &= ~run;
-            keptBytes -= count * sliceBytes;
         }
         idle &= ~run;
     }
@@ -455,6 +496,10 @@ void releaseSegments() noexcept {
 
 std::size_t mappedHeapBytes() noexcept {
     return pool.mappedBytes();
+}
+
+void passTime(std::uint32_t milliseconds) noexcept {
+    pool.passTime(milliseconds);
 }
 
 void lockSegments() noexcept {

@@ -114,6 +114,10 @@ void releaseSegments() noexcept;
 /// Bytes that the heap holds from the system, for blocks or for later.
 std::size_t mappedHeapBytes() noexcept;
 
+/// Tells what the clock says, `tickCount`: memory that has lain idle for some ten seconds goes back to the system.
+/// Calls that take or give back slices look at the clock themselves now and then.
+void passTime(std::uint32_t milliseconds) noexcept;
+
 /// Keeps other threads out of the segments while the process is copied.
 void lockSegments() noexcept;
 void unlockSegments() noexcept;
