@@ -124,33 +124,27 @@ TEST(MutableArray, TakesNoMemoryWhileEmptyAndFewBlocksWhileGrowing) {
     EXPECT_LT(counting_heap::requests() - before, 40);
 }
 
-TEST(MutableArray, ReadsNullAndStoresNothingOutsideItsSize) {
+TEST(MutableArray, StoresAndRemovesWithinItsSizeWithoutMoving) {
     LeakCheck const check;
-    _MutableArray array(3, 4);
-    for (std::uint32_t index : {0u, 2u, 3u, none}) {
+    SeenArray array(5, 4);
+    for (std::uint32_t index : {0u, 2u, 4u, 5u, none}) {
         array.setItem(index, &targets[index % 64]);
-        EXPECT_EQ(array.getItem(index), index < 3 ? &targets[index] : nullptr);
+        EXPECT_EQ(array.getItem(index), index < 5 ? &targets[index] : nullptr);
     }
-    array.removeAt(2, none);
-    array.removeAt(none, none);
-    EXPECT_EQ(array.getItem(0), &targets[0]);
-    EXPECT_EQ(array.getItem(2), nullptr);
-}
-
-TEST(MutableArray, RemovesWithoutMoving) {
-    LeakCheck const check;
-    SeenArray array;
     fill(array, 5);
     array.removeAt(1, 2);
+    array.removeAt(5, none);
+    array.removeAt(none, none);
     array.insertAt(0, &targets[9]);
     array.insertAt(0, _MutableArray(array));
     array.insertBefore(&targets[0], &targets[9]);
     array.pack();
     std::vector<void *> const left{&targets[0], nullptr, nullptr, &targets[3], &targets[4]};
     EXPECT_EQ(std::vector<void *>(array.get_list(), array.get_list() + 5), left);
+    array.removeAt(4, none);
+    EXPECT_TRUE(array[3] == &targets[3] && array[4] == nullptr);
     array.removeAll();
-    EXPECT_EQ(array.get_count(), 5u);
-    EXPECT_EQ(array[4], nullptr);
+    EXPECT_TRUE(array.get_count() == 5 && array[3] == nullptr);
     array.freeExtra();
     EXPECT_TRUE(array.get_size() == 0 && array.get_list() == nullptr && array.get_count() == 5);
     // What is added now is not lost either.
@@ -275,7 +269,8 @@ TEST(Container, LeavesItsItemsAliveWithoutTheFlag) {
     EXPECT_EQ(Mark::takeEnded(), (std::vector{1, 2}));
 }
 
-TEST(Container, LetsTheLastOwnerDeleteTheItems) {
+// Sharers read what the others do; the last one that owns deletes, and one that must grow takes the items along.
+TEST(Container, SharesItsItemsUntilOneGrowsOrTheLastOwnerGoes) {
     LeakCheck const check;
     _Container watching;
     {
@@ -289,10 +284,6 @@ TEST(Container, LetsTheLastOwnerDeleteTheItems) {
     }
     EXPECT_EQ(Mark::takeEnded(), (std::vector{1, 2, 3}));
     EXPECT_EQ(numbersOf(watching), (std::vector{0, 0, 0}));
-}
-
-TEST(Container, TakesTheItemsAlongWhereItHasToGrow) {
-    LeakCheck const check;
     {
         _Container left;
         fill(left, 1, 4);
@@ -308,21 +299,17 @@ TEST(Container, TakesTheItemsAlongWhereItHasToGrow) {
         left.addObject(new Mark(10));
     }
     EXPECT_EQ(Mark::takeEnded(), (std::vector{9, 10}));
-}
-
-TEST(Container, LeavesTheItemsWithTheirOwnerWhereABorrowerGrows) {
-    LeakCheck const check;
-    _Container borrower;
+    // One that only borrows leaves them behind.
     {
         _Container owner;
         fill(owner, 1, 4);
-        borrower = owner;
-        borrower.set_deleteAll(false);
-        fill(borrower, 5, 5);
-        borrower.set_deleteAll(true);
+        watching = owner;
+        watching.set_deleteAll(false);
+        fill(watching, 5, 5);
+        watching.set_deleteAll(true);
     }
     EXPECT_EQ(Mark::takeEnded(), (std::vector{1, 2, 3, 4}));
-    borrower.default_ctor_closure();
+    watching.default_ctor_closure();
     EXPECT_EQ(Mark::takeEnded(), std::vector{5});
 }
 
@@ -406,8 +393,7 @@ TEST(Stack, GivesBackInReverse) {
         EXPECT_FALSE(stack.pop(item.data()) || stack.push(nullptr));
         EXPECT_TRUE(stack.push("abcdefgh"));
         EXPECT_FALSE(stack.isFull() || stack.isEmpty() || stack.pop(nullptr));
-        EXPECT_TRUE(stack.push("ABCDEFGH"));
-        EXPECT_TRUE(!stack.isFull() && stack.isEmpty());
+        EXPECT_TRUE(stack.push("ABCDEFGH") && !stack.isFull() && stack.isEmpty());
         EXPECT_FALSE(stack.push("12345678"));
         for (std::string const text : {"ABCDEFGH", "abcdefgh"}) {
             EXPECT_TRUE(stack.pop(item.data()));
@@ -415,14 +401,14 @@ TEST(Stack, GivesBackInReverse) {
         }
         EXPECT_FALSE(stack.pop(item.data()));
     }
-    _Stack const nothing(0, 4);
-    EXPECT_TRUE(nothing.isEmpty() && nothing.isFull());
-    _Stack large(0x10000, 0x10000);
     counting_heap::refuseAfter(0);
     _Stack refused(4, 4);
     counting_heap::serveAll();
+    _Stack large(0x10000, 0x10000);
+    _Stack nothing(0, 4);
+    EXPECT_TRUE(nothing.isEmpty() && nothing.isFull());
     std::int32_t item = 0;
-    for (_Stack * const stack : {&large, &refused}) {
+    for (_Stack * const stack : {&large, &refused, &nothing}) {
         EXPECT_FALSE(stack->push(&item));
         stack->set_pointer(0);
         EXPECT_FALSE(stack->pop(&item));
@@ -433,7 +419,7 @@ TEST(Stack, ReleasesSharedStorageOnceWhoeverGoesLast) {
     LeakCheck const check;
     std::int32_t const allocated = globalProcessMemory->heapAllocationCount();
     std::int32_t const released = globalProcessMemory->heapUnallocationCount();
-    for (int order = 0; order < 6; ++order) {
+    for (std::size_t order = 0; order < 6; ++order) {
         std::array<std::unique_ptr<_Stack>, 3> stacks;
         stacks[0] = std::make_unique<_Stack>(4, 4);
         stacks[1] = std::make_unique<_Stack>(*stacks[0]);
@@ -443,29 +429,22 @@ TEST(Stack, ReleasesSharedStorageOnceWhoeverGoesLast) {
         *stacks[2] = same;
         std::int32_t item = 7;
         EXPECT_TRUE(stacks[0]->push(&item));
-        EXPECT_FALSE(stacks[1]->pop(&item));
         stacks[1]->set_pointer(3);
         item = 0;
-        EXPECT_TRUE(stacks[1]->pop(&item));
-        EXPECT_EQ(item, 7);
-        auto const first = static_cast<std::size_t>(order % 3);
-        stacks[first].reset();
-        stacks[(first + 1 + static_cast<std::size_t>(order) / 3) % 3].reset();
+        EXPECT_TRUE(stacks[1]->pop(&item) && item == 7);
+        stacks[order % 3].reset();
+        stacks[(order % 3 + 1 + order / 3) % 3].reset();
     }
     EXPECT_EQ(globalProcessMemory->heapAllocationCount() - allocated, 12);
     EXPECT_EQ(globalProcessMemory->heapUnallocationCount() - released, 12);
-}
-
-TEST(Stack, OwnsABlockThatWasSet) {
-    LeakCheck const check;
+    // A block that was set is owned, and no longer shared.
     _Stack stack(2, 4);
     _Stack copy(stack);
     copy.set_stack(globalProcessMemory->heapAllocate(8, false));
     std::int32_t item = 5;
     EXPECT_TRUE(stack.push(&item));
     item = 6;
-    EXPECT_TRUE(copy.push(&item));
-    EXPECT_TRUE(stack.pop(&item));
+    EXPECT_TRUE(copy.push(&item) && stack.pop(&item));
     EXPECT_EQ(item, 5);
 }
 

@@ -2,7 +2,8 @@
 #include "ordinary_allocator.h"
 #include "text_testing.h"
 
-#include <cstdio>
+#include <climits>
+#include <functional>
 #include <gtest/gtest.h>
 #include <iconv.h>
 #include <map>
@@ -13,6 +14,8 @@
 #include <morvane/encodings/utf8_codec.h>
 #include <random>
 #include <string>
+#include <utility>
+#include <vector>
 
 using namespace morvane;
 using namespace morvane::literals;
@@ -36,18 +39,16 @@ TEST(Formats, HaveNamesDescriptionsAndFlags) {
                        {15, "UTF-16LE", "UTF-16LE, an encoding of ISO 10646 (Little-endian)", 0x17},
                        {24, "Latin 5", "Latin 5", 0x08},
                        {30, "Latin 9", "Latin 9", 0x08}};
-    auto const expectFormat = [](std::int32_t number, char const * name, char const * description,
-                                 std::uint32_t flags) {
+    for (auto const & [number, name, description, flags] : cases) {
         auto const format = static_cast<Format>(number);
         EXPECT_EQ(_StringUtility::formatName(format).compare(name), 0) << number;
         EXPECT_EQ(_StringUtility::formatDescription(format).compare(description), 0) << number;
         EXPECT_EQ(_StringUtility::formatFlags(format), flags) << number;
-    };
-    for (auto const & [format, name, description, flags] : cases) {
-        expectFormat(format, name, description, flags);
     }
-    for (std::int32_t const format : {-2, -1, 25, 29, 31, 0x7FFFFFFF}) {
-        expectFormat(format, "", "", 0);
+    for (std::int32_t const number : {-2, -1, 25, 29, 31, INT_MAX}) {
+        auto const none = static_cast<Format>(number);
+        EXPECT_TRUE(_StringUtility::formatName(none).isEmpty() && _StringUtility::formatDescription(none).isEmpty());
+        EXPECT_EQ(_StringUtility::formatFlags(none), 0U);
     }
 }
 
@@ -59,32 +60,20 @@ TEST(Scripts, HaveNoEntries) {
     EXPECT_TRUE(UCS::scriptName(0).isEmpty() && UCS::scriptDescription(7).isEmpty());
 }
 
-/// A code page with the published mapping of its part, as the system's converter has it.
-struct PublishedPage {
-    int part;
-    std::map<unsigned, unsigned> differing =
-        {};                   ///< bytes that stand for something else here; 0 is an undefined position
-    std::string missing = {}; ///< bytes without an entry
+/// The parts of ISO/IEC 8859 that there are.
+constexpr int parts[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 15};
 
-    Format format() const { return static_cast<Format>(15 + part); }
-    std::string charset() const { return "ISO-8859-" + std::to_string(part); }
-};
+CodePage const & pageOf(int part) {
+    return *findCodePage(15 + part);
+}
 
-PublishedPage const publishedPages[] = {
-    {1},
-    {2},
-    {3},
-    {4},
-    {5},
-    {6},
-    {9},
-    {15},
-    {7, {{0xA1, 0x2BD}, {0xA2, 0x2BC}}, "\xA4\xA5\xAA\xAE\xD2"},
-    {8, {{0xAF, 0x203E}, {0xFD, 0}, {0xFE, 0}}},
-};
-
-/// What the system's converter makes of a byte; 0 for an undefined one.
-unsigned publishedUnit(iconv_t converter, unsigned byte) {
+/// What the system's converter makes of a byte, but where this library's pages differ; 0 for an undefined one.
+unsigned publishedUnit(iconv_t converter, int part, unsigned byte) {
+    static std::map<std::pair<int, unsigned>, unsigned> const differing{
+        {{7, 0xA1}, 0x2BD}, {{7, 0xA2}, 0x2BC}, {{8, 0xAF}, 0x203E}, {{8, 0xFD}, 0}, {{8, 0xFE}, 0}};
+    if (auto const found = differing.find({part, byte}); found != differing.end()) {
+        return found->second;
+    }
     char in = static_cast<char>(byte);
     unsigned char out[2];
     char * source = &in;
@@ -96,115 +85,103 @@ unsigned publishedUnit(iconv_t converter, unsigned byte) {
 }
 
 TEST(CodePages, HoldThePublishedMappings) {
-    for (PublishedPage const & published : publishedPages) {
-        SCOPED_TRACE(published.charset());
-        iconv_t const converter = iconv_open("UTF-16LE", published.charset().c_str());
+    for (int const part : parts) {
+        std::string const charset = "ISO-8859-" + std::to_string(part);
+        SCOPED_TRACE(charset);
+        iconv_t const converter = iconv_open("UTF-16LE", charset.c_str());
         ASSERT_NE(converter, reinterpret_cast<iconv_t>(-1));
-        CodePage const * const page = findCodePage(published.format());
-        ASSERT_NE(page, nullptr);
-        std::string const name = published.charset() + "      ";
-        EXPECT_EQ(_WideString(page->name).compare(name.substr(0, 15).c_str()), 0);
-        EXPECT_EQ(page->entryCount, 256 - published.missing.size());
-        std::size_t entry = 0;
+        CodePage const & page = pageOf(part);
+        EXPECT_EQ(_WideString(page.name).compare((charset + "      ").substr(0, 15).c_str()), 0);
+        std::string const missing = part == 7 ? "\xA4\xA5\xAA\xAE\xD2" : "";
+        ASSERT_EQ(page.entryCount, 256 - missing.size());
+        CodePageEntry const * entry = page.entries;
         for (unsigned byte = 0; byte < 256; ++byte) {
-            auto const differing = published.differing.find(byte);
-            unsigned unit = differing != published.differing.end() ? differing->second : publishedUnit(converter, byte);
-            bool const isGraphic = unit != 0 && byte >= 0x20 && (byte < 0x7F || byte >= 0xA0);
-            bool const isMissing = published.missing.find(static_cast<char>(byte)) != std::string::npos && byte != 0;
-            unit = unit == 0 || isMissing ? byte : unit;
+            bool const isMissing = byte != 0 && missing.find(static_cast<char>(byte)) != std::string::npos;
+            unsigned const published = isMissing ? 0 : publishedUnit(converter, part, byte);
+            unsigned const unit = published == 0 ? byte : published;
+            EXPECT_EQ(page.units[byte], unit);
             if (!isMissing) {
-                ASSERT_LT(entry, page->entryCount);
-                EXPECT_EQ(page->entries[entry].code, byte);
-                EXPECT_EQ(page->entries[entry].unicode, unit) << byte;
-                EXPECT_EQ(page->entries[entry].defined, isGraphic ? 1 : 0) << byte;
+                bool const isGraphic = published != 0 && byte >= 0x20 && (byte < 0x7F || byte >= 0xA0);
+                EXPECT_TRUE(entry->code == byte && entry->unicode == unit && entry->defined == isGraphic) << byte;
                 ++entry;
-            }
-            if (byte != 0) {
-                char const text[] = {static_cast<char>(byte), 0};
-                _WideString decoded;
-                EXPECT_TRUE(_StringUtility::convertDataStringToWideString(text, decoded, published.format()));
-                EXPECT_EQ(textOf(decoded), std::u16string(1, static_cast<char16_t>(unit))) << byte;
             }
         }
         iconv_close(converter);
     }
 }
 
-/// The first entry in ascending order.
-char encodeSlowly(CodePage const & page, unsigned unit) {
-    for (std::size_t entry = 0; entry < page.entryCount; ++entry) {
-        if (page.entries[entry].unicode == unit) {
-            return static_cast<char>(page.entries[entry].code);
-        }
-    }
-    return '?';
-}
-
 TEST(CodePages, EveryUnitEncodesToItsFirstEntry) {
-    for (PublishedPage const & published : publishedPages) {
-        std::u16string units;
-        std::string expected;
-        for (unsigned unit = 1; unit <= 0xFFFF; ++unit) {
-            units += static_cast<char16_t>(unit);
-            expected += encodeSlowly(*findCodePage(published.format()), unit);
+    std::u16string units;
+    for (unsigned unit = 1; unit <= 0xFFFF; ++unit) {
+        units += static_cast<char16_t>(unit);
+    }
+    for (int const part : parts) {
+        std::string expected(0xFFFF, '?');
+        CodePage const & page = pageOf(part);
+        for (std::size_t entry = page.entryCount; --entry > 0;) {
+            expected[page.entries[entry].unicode - 1U] = static_cast<char>(page.entries[entry].code);
         }
         _DataString encoded;
-        EXPECT_TRUE(_StringUtility::convertWideStringToDataString(wideText(units), encoded, published.format()));
-        EXPECT_EQ(textOf(encoded), expected) << published.charset();
+        EXPECT_TRUE(
+            _StringUtility::convertWideStringToDataString(wideText(units), encoded, static_cast<Format>(15 + part)));
+        EXPECT_EQ(textOf(encoded), expected) << part;
     }
 }
 
 TEST(CodePages, MixedTextsConvertAsTheirUnitsDo) {
     std::mt19937 random(5);
     auto below = [&random](unsigned limit) { return static_cast<unsigned>(random() % limit); };
-    for (int round = 0; round < 3000; ++round) {
-        CodePage const & page = *findCodePage(publishedPages[below(std::size(publishedPages))].format());
+    for (int round = 0; round < 2000; ++round) {
+        CodePage const & page = pageOf(parts[below(std::size(parts))]);
         std::string bytes;
         std::u16string units;
-        std::string expected;
-        for (unsigned count = below(100); count > 0; --count) {
-            // Stretches of ASCII, of the page's own units, and now and then anything.
-            unsigned const kind = below(40);
-            auto const byte = static_cast<unsigned char>(kind < 20 ? 0x20 + below(0x5F) : 1 + below(255));
-            unsigned const unit = kind == 0 ? 1 + below(0xFFFF) : page.units[byte];
+        for (unsigned count = below(200); count > 0; --count) {
+            // Stretches of ASCII and of the page's own units.
+            auto const byte = static_cast<unsigned char>(below(2) == 0 ? 0x20 + below(0x5F) : 1 + below(255));
             bytes += static_cast<char>(byte);
-            units += static_cast<char16_t>(unit);
-            expected += encodeSlowly(page, unit);
+            units += static_cast<char16_t>(page.units[byte]);
+        }
+        _WideString decoded;
+        decodeTo(page, {bytes.data(), bytes.size()}, decoded);
+        ASSERT_EQ(textOf(decoded), units);
+        std::string expected;
+        for (char16_t & unit : units) {
+            // Now and then anything.
+            unit = below(40) == 0 ? static_cast<char16_t>(1 + below(0xFFFF)) : unit;
+            _DataString byte;
+            encodeTo(page, viewOf(wideText({unit})), byte);
+            expected += byte.getAt(0);
         }
         _DataString encoded;
         encodeTo(page, viewOf(wideText(units)), encoded);
         ASSERT_EQ(textOf(encoded), expected);
-        _WideString decoded;
-        decodeTo(page, {bytes.data(), bytes.size()}, decoded);
-        std::u16string meant;
-        for (char const byte : bytes) {
-            meant += static_cast<char16_t>(page.units[static_cast<unsigned char>(byte)]);
-        }
-        ASSERT_EQ(textOf(decoded), meant);
     }
 }
 
 TEST(CodePages, RefusalsLeaveOrEmptyTheResult) {
     struct {
-        std::int32_t format;
-        bool isCodePage;
-        bool isCleared; ///< the result of decoding
-    } const cases[] = {{-1, false, false}, {5, false, false}, {15, false, false}, {16, true, false}, {25, false, true},
-                       {27, false, true},  {29, false, true}, {30, true, false},  {31, false, false}};
-    for (auto const & row : cases) {
-        auto const format = static_cast<Format>(row.format);
+        int format;
+        char const * decoded; ///< what an empty text leaves where "before" was
+        char const * encoded;
+    } const cases[] = {{-1, "before", "before"},
+                       {5, "before", "before"},
+                       {15, "before", "before"},
+                       {16, "", ""},
+                       {25, "", "before"},
+                       {29, "", "before"},
+                       {30, "", ""},
+                       {31, "before", "before"}};
+    for (auto const & [number, decoded, encoded] : cases) {
+        auto const format = static_cast<Format>(number);
+        bool const isCodePage = *encoded == 0;
         _WideString wide(u"before"_w);
         _DataString data("before");
-        EXPECT_EQ(_StringUtility::convertDataStringToWideString("", wide, format), row.isCodePage) << row.format;
-        EXPECT_EQ(wide.isEmpty(), row.isCodePage || row.isCleared) << row.format;
-        EXPECT_EQ(_StringUtility::convertWideStringToDataString(u""_w, data, format), row.isCodePage) << row.format;
-        EXPECT_EQ(data.isEmpty(), row.isCodePage) << row.format;
-        wide = u"before"_w;
-        data = "before";
         EXPECT_FALSE(_StringUtility::convertDataStringToWideString(nullptr, wide, format));
         EXPECT_FALSE(_StringUtility::convertWideStringToDataString(nullptr, data, format));
-        EXPECT_EQ(wide.compare("before"), 0);
-        EXPECT_STREQ(data, "before");
+        EXPECT_TRUE(wide.compare("before") == 0 && data.compare("before") == 0);
+        EXPECT_EQ(_StringUtility::convertDataStringToWideString("", wide, format), isCodePage) << number;
+        EXPECT_EQ(_StringUtility::convertWideStringToDataString(u""_w, data, format), isCodePage) << number;
+        EXPECT_TRUE(wide.compare(decoded) == 0 && data.compare(encoded) == 0) << number;
     }
 }
 
@@ -249,12 +226,11 @@ TEST(Numbers, AreReadByTheirGrammar) {
 }
 
 TEST(Numbers, UnitsPrintInHexadecimal) {
-    for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
-        char expected[8];
-        std::snprintf(expected, sizeof expected, "%x", unit);
+    for (auto const & [unit, expected] :
+         {std::pair(0, "0"), {9, "9"}, {0xA, "a"}, {0x10, "10"}, {0xFFF, "fff"}, {0x1000, "1000"}, {0xBEEF, "beef"}}) {
         auto const value = static_cast<unsigned short int>(unit);
-        ASSERT_STREQ(_StringUtility::wideCharToHexDataString(value), expected);
-        ASSERT_EQ(_StringUtility::wideCharToHexWideString(value).compare(expected), 0);
+        EXPECT_STREQ(_StringUtility::wideCharToHexDataString(value), expected);
+        EXPECT_EQ(_StringUtility::wideCharToHexWideString(value).compare(expected), 0);
     }
 }
 
@@ -284,13 +260,10 @@ TEST(References, AreResolvedAndWritten) {
         std::u16string expected;
     } const cases[] = {
         {decode, 127, u""_w, u""},
-        {decode, 127, u"plain"_w, u"plain"},
         {decode, 127, u"a&#x41;b"_w, u"aAb"},
-        {decode, 127, u"a&amp;b"_w, u"ab"},
         {decode, 127, u"a;b&c"_w, u"a;b&c"},
         {decode, 127, u"a & b; c"_w, u"a  c"},
         {decode, 127, u"&#233;&#234;"_w, u"\u00E9\u00EA"},
-        {decode, 127, u"&#65535;x"_w, u"x"},
         {decode, 127, u"a&&#65;b"_w, u"ab"},
         {decode, 127, u"&#65;&#66"_w, u"A&#66"},
         // A unit of value 0 is overwritten by what is appended behind it and leaves its place at the end.
@@ -310,17 +283,14 @@ TEST(References, AreResolvedAndWritten) {
 }
 
 TEST(References, ConversionRefusesAndTakesItsOwnResult) {
-    auto convert = [](unsigned short int const * text, _WideString & result, int number) {
-        auto const operation = static_cast<_StringUtility::StringOperation>(number);
-        return _StringUtility::convertWideStringToWideString(text, result, operation, 127);
+    auto const convert = [](unsigned short int const * text, _WideString & result, int operation) {
+        return _StringUtility::convertWideStringToWideString(
+            text, result, static_cast<_StringUtility::StringOperation>(operation), 127);
     };
     _WideString result(u"before &#65;"_w);
     EXPECT_FALSE(convert(nullptr, result, 1));
-    EXPECT_EQ(result.compare("before &#65;"), 0);
-    for (int repeat = 0; repeat < 2; ++repeat) {
-        EXPECT_TRUE(convert(result, result, 1));
-        EXPECT_EQ(result.compare("before A"), 0);
-    }
+    EXPECT_TRUE(convert(result, result, 1));
+    EXPECT_EQ(result.compare("before A"), 0);
     EXPECT_FALSE(convert(u"x"_w, result, 2));
     EXPECT_TRUE(result.isEmpty());
 }
@@ -330,36 +300,33 @@ TEST(Conversions, TextsThatAHeapRefusesEndReleased) {
     _WideString const units = wideText(std::u16string(300, u'\u00E9') + u"&#65;");
     auto const latin1 = _StringUtility::formatISO8859_1;
     counting_heap::LeakCheck const leaks;
-    auto convert = [&](int way, _WideString & result) {
-        switch (way) {
-        case 0:
-            return _StringUtility::convertDataStringToWideString(bytes.c_str(), result, latin1);
-        case 1:
-            return utf8::decodeTo(viewOf(bytes.c_str()), result).fault == utf8::Fault::none;
-        default:
-            auto const operation = static_cast<_StringUtility::StringOperation>(way - 2);
-            return _StringUtility::convertWideStringToWideString(units, result, operation, 127);
-        }
-    };
-    for (int way = 0; way < 4; ++way) {
+    using Result = _WideString;
+    std::vector<std::function<bool(Result &)>> const ways{
+        [&](Result & result) { return _StringUtility::convertDataStringToWideString(bytes.c_str(), result, latin1); },
+        [&](Result & result) { return utf8::decodeTo(viewOf(bytes.c_str()), result).fault == utf8::Fault::none; },
+        [&](Result & result) {
+            return _StringUtility::convertWideStringToWideString(units, result, _StringUtility::operationEncode, 127);
+        },
+        [&](Result & result) {
+            return _StringUtility::convertWideStringToWideString(units, result, _StringUtility::operationDecode, 127);
+        }};
+    for (auto const & convert : ways) {
         bool isServed = false;
         for (long served = 0; !isServed; ++served) {
-            ASSERT_LT(served, 20) << way;
+            ASSERT_LT(served, 10);
             _WideString result(u"before"_w);
             counting_heap::refuseAfter(served);
-            EXPECT_TRUE(convert(way, result));
+            EXPECT_TRUE(convert(result));
             counting_heap::serveAll();
             isServed = result.get_data() != nullptr;
-            EXPECT_EQ(isServed, result.get_length() > 0) << way;
+            EXPECT_EQ(isServed, result.get_length() > 0);
         }
     }
     _DataString result("before");
     ordinary_allocator::servedBeforeRefusal = 0;
     bool const isEncoded = _StringUtility::convertWideStringToDataString(units, result, latin1);
     ordinary_allocator::servedBeforeRefusal = -1;
-    EXPECT_TRUE(isEncoded);
-    EXPECT_EQ(result.get_data(), nullptr);
-    EXPECT_EQ(result.get_length(), 0U);
+    EXPECT_TRUE(isEncoded && result.get_data() == nullptr && result.get_length() == 0);
 }
 
 } // namespace

@@ -28,8 +28,20 @@ struct Loaded {
         return _StringUtility::loadStringFromStream(stream, data, wide, format, error);
     }
     bool fromFile(FileName const & name) { return _StringUtility::loadStringFromFile(name, data, wide, format, error); }
-    bool fromBlock(unsigned char const * bytes, std::size_t size) {
-        return _StringUtility::loadStringFromBinary(bytes, static_cast<std::int32_t>(size), data, wide, format, error);
+    bool fromBlock(void const * bytes, std::size_t size) {
+        return _StringUtility::loadStringFromBinary(static_cast<unsigned char const *>(bytes),
+                                                    static_cast<std::int32_t>(size), data, wide, format, error);
+    }
+    /// The same bytes from a file, from a stream and from a block.
+    bool load(std::string const & bytes, int way, RecordingStream & stream) {
+        TemporaryFolder const folder;
+        // At an odd address, and with nothing behind it that may be read.
+        std::vector<char> block(1, 'x');
+        block.insert(block.end(), bytes.begin(), bytes.end());
+        stream = RecordingStream(bytes);
+        return way == 0   ? fromFile(folder.put("source", bytes))
+               : way == 1 ? fromStream(stream)
+                          : fromBlock(block.data() + 1, bytes.size());
     }
 
     _DataString data{"data"};
@@ -38,28 +50,7 @@ struct Loaded {
     _StringUtility::StringUtilError error = _StringUtility::utilErrorConversion;
 };
 
-/// The three ways to load the same bytes.
-class Source {
-public:
-    static constexpr int ways = 3;
-
-    Source(TemporaryFolder const & folder, std::string const & bytes)
-        : name(folder.put("source", bytes)), stream(bytes), block(bytes.size() + 1) {
-        // At an odd address, and with nothing behind it that may be read.
-        std::copy(bytes.begin(), bytes.end(), block.begin() + 1);
-    }
-
-    bool load(Loaded & loaded, int way) {
-        stream.position = 0;
-        return way == 0   ? loaded.fromFile(name)
-               : way == 1 ? loaded.fromStream(stream)
-                          : loaded.fromBlock(block.data() + 1, block.size() - 1);
-    }
-
-    FileName name;
-    RecordingStream stream;
-    std::vector<unsigned char> block;
-};
+constexpr int ways = 3;
 
 struct LoadCase {
     std::string bytes;
@@ -84,41 +75,28 @@ LoadCase const loadCases[] = {
     {"text", _StringUtility::formatUnknown, "text", u"\x6574\x7478", "r3 c0 e0 b3 b0 r4 b0 r4 "},
     {std::string("a\0b\0c", 5), _StringUtility::formatUnknown, "a", u"ab"},
     {std::string("\0\0\0", 3), _StringUtility::formatUnknown, "", u""},
+    {"", _StringUtility::formatASCII, std::nullopt, std::nullopt, "r3 "},
+    {"a", _StringUtility::formatASCII, std::nullopt, std::nullopt},
+    {"\xFF\xFE", _StringUtility::formatASCII, std::nullopt, std::nullopt},
 };
 
 TEST(TextFiles, LoadTellsTheMarkAndTheReadings) {
-    TemporaryFolder const folder;
     for (LoadCase const & row : loadCases) {
-        Source source(folder, row.bytes);
-        for (int way = 0; way < Source::ways; ++way) {
+        bool const isShort = row.bytes.size() < 3;
+        for (int way = 0; way < ways; ++way) {
             SCOPED_TRACE(testing::PrintToString(row.bytes) + std::to_string(way));
             Loaded loaded;
-            EXPECT_TRUE(source.load(loaded, way));
-            EXPECT_EQ(loaded.error, _StringUtility::utilErrorNone);
+            RecordingStream stream;
+            EXPECT_EQ(fails([&] { EXPECT_TRUE(loaded.load(row.bytes, way, stream)); }), isShort);
+            EXPECT_EQ(loaded.error, isShort ? _StringUtility::utilErrorConversion : _StringUtility::utilErrorNone);
             EXPECT_EQ(loaded.format, row.format);
             EXPECT_EQ(textOf(loaded.data), row.data.value_or("data"));
             EXPECT_EQ(textOf(loaded.wide), row.wide.value_or(u"wide"));
             EXPECT_EQ(loaded.wide.get_size(), (loaded.wide.get_length() + 1) * 2);
-        }
-        EXPECT_TRUE(row.calls.empty() || source.stream.calls() == row.calls);
-    }
-}
-
-TEST(TextFiles, ShortSourcesFailAsTheirStreamDoes) {
-    TemporaryFolder const folder;
-    for (std::string const & bytes : {std::string(), std::string("a"), std::string("\xFF\xFE")}) {
-        Source source(folder, bytes);
-        for (int way = 0; way < Source::ways; ++way) {
-            Loaded loaded;
-            EXPECT_TRUE(fails([&] { source.load(loaded, way); }));
-            EXPECT_EQ(loaded.format, _StringUtility::formatASCII);
-            EXPECT_EQ(loaded.error, _StringUtility::utilErrorConversion);
-            EXPECT_EQ(textOf(loaded.data), "data");
-            EXPECT_EQ(textOf(loaded.wide), u"wide");
+            EXPECT_TRUE(way != 1 || row.calls.empty() || stream.calls() == row.calls);
         }
     }
-    Loaded loaded;
-    EXPECT_TRUE(fails([&] { loaded.fromBlock(nullptr, 9); }));
+    EXPECT_TRUE(fails([] { Loaded().fromBlock(nullptr, 9); }));
 }
 
 /// Reads well so many times, then comes up short.
@@ -197,22 +175,18 @@ TEST(TextFiles, WholeFilesLoadWithTheirMark) {
         std::string bytes;
         std::string data;
         std::u16string wide;
-    } const cases[] = {
-        {"", "", u""},
-        {"a", "a", u""},
-        {"\xEF\xBB\xBF!", "\xEF\xBB\xBF!", u"\xBBEF\x21BF"},
-        {std::string("\xFF\xFE\x41\0\x42", 5), "\xFF\xFE\x41", u"\xFEFF\x41"},
-    };
+    } const cases[] = {{"", "", u""},
+                       {"a", "a", u""},
+                       {"\xEF\xBB\xBF!", "\xEF\xBB\xBF!", u"\xBBEF\x21BF"},
+                       {std::string("\xFF\xFE\x41\0\x42", 5), "\xFF\xFE\x41", u"\xFEFF\x41"}};
     for (auto const & row : cases) {
         FileName const name = folder.put("text", row.bytes);
-        _DataString data("before");
-        _WideString wide(u"before"_w);
-        EXPECT_EQ(_StringUtility::loadDataStringFromFile(name, data), _StringUtility::utilErrorNone);
-        EXPECT_EQ(_StringUtility::loadWideStringFromFile(name, wide), _StringUtility::utilErrorNone);
-        EXPECT_EQ(textOf(data), row.data);
-        EXPECT_EQ(textOf(wide), row.wide);
-        EXPECT_NE(data.get_data(), nullptr);
-        EXPECT_NE(wide.get_data(), nullptr);
+        Loaded loaded;
+        EXPECT_EQ(_StringUtility::loadDataStringFromFile(name, loaded.data), _StringUtility::utilErrorNone);
+        EXPECT_EQ(_StringUtility::loadWideStringFromFile(name, loaded.wide), _StringUtility::utilErrorNone);
+        EXPECT_EQ(textOf(loaded.data), row.data);
+        EXPECT_EQ(textOf(loaded.wide), row.wide);
+        EXPECT_TRUE(loaded.data.get_data() != nullptr && loaded.wide.get_data() != nullptr);
     }
 }
 
@@ -230,33 +204,24 @@ TEST(TextFiles, SavesWriteTheMarkAndOrderOfTheFormat) {
         auto const file = files.find(format);
         return file == files.end() ? std::string() : file->second;
     };
-    for (int format = -1; format <= 31; ++format) {
-        SCOPED_TRACE(format);
+    for (int number = -1; number <= 31; ++number) {
+        SCOPED_TRACE(number);
+        auto const format = static_cast<Format>(number);
         FileName const name = folder.put("saved", "former and longer contents");
-        EXPECT_TRUE(_StringUtility::saveWideStringToFile(name, u"A\u20AC"_w, static_cast<Format>(format)));
-        EXPECT_EQ(folder.get("saved"), expected(wideFiles, format));
-        EXPECT_TRUE(_StringUtility::saveDataStringToFile(name, "text", static_cast<Format>(format)));
-        EXPECT_EQ(folder.get("saved"), expected(dataFiles, format));
+        EXPECT_TRUE(_StringUtility::saveWideStringToFile(name, u"A\u20AC"_w, format));
+        EXPECT_EQ(folder.get("saved"), expected(wideFiles, number));
+        EXPECT_TRUE(_StringUtility::saveDataStringToFile(name, "text", format));
+        EXPECT_EQ(folder.get("saved"), expected(dataFiles, number));
+        FileName const none = folder.name("none");
+        EXPECT_FALSE(_StringUtility::saveWideStringToFile(none, nullptr, format));
+        EXPECT_FALSE(_StringUtility::saveDataStringToFile(none, nullptr, format));
+        EXPECT_FALSE(std::filesystem::exists(folder.path("none")));
     }
-}
-
-TEST(TextFiles, SavesOfEmptyAndNullTexts) {
-    TemporaryFolder const folder;
-    auto const saveWide = [](FileName const & name, unsigned short int const * text) {
-        return _StringUtility::saveWideStringToFile(name, text, _StringUtility::formatUnicodeBigEndian);
-    };
-    auto const saveData = [](FileName const & name, char const * text) {
-        return _StringUtility::saveDataStringToFile(name, text, _StringUtility::formatUTF8);
-    };
     FileName const name = folder.name("text");
-    EXPECT_FALSE(saveWide(name, nullptr) || saveData(name, nullptr));
-    EXPECT_FALSE(std::filesystem::exists(folder.path("text")));
-    EXPECT_TRUE(saveWide(name, u""_w));
+    EXPECT_TRUE(_StringUtility::saveWideStringToFile(name, u""_w, _StringUtility::formatUnicodeBigEndian));
     EXPECT_EQ(folder.get("text"), "\xFE\xFF");
-    EXPECT_TRUE(saveData(name, ""));
-    EXPECT_EQ(folder.get("text"), "\xEF\xBB\xBF");
-    EXPECT_TRUE(fails([&] { saveWide(folder.name(""), u"x"_w); }));
-    EXPECT_TRUE(fails([&] { saveData(folder.name(""), "x"); }));
+    EXPECT_TRUE(fails([] { _StringUtility::saveWideStringToFile(u""_w, u"x"_w, _StringUtility::formatUnicode); }));
+    EXPECT_TRUE(fails([] { _StringUtility::saveDataStringToFile(u""_w, "x", _StringUtility::formatUTF8); }));
 }
 
 TEST(TextFiles, LongTextsComeBack) {
@@ -287,34 +252,32 @@ TEST(TextFiles, ABlockMayLieInTheResults) {
     Loaded loaded;
     loaded.data = "plain text";
     for (bool const isWide : {false, true}) {
-        void * const block = isWide ? static_cast<void *>(loaded.wide.get_data()) : loaded.data.get_data();
-        EXPECT_TRUE(loaded.fromBlock(static_cast<unsigned char const *>(block), 10));
+        EXPECT_TRUE(
+            loaded.fromBlock(isWide ? static_cast<void *>(loaded.wide.get_data()) : loaded.data.get_data(), 10));
         EXPECT_EQ(textOf(loaded.data), "plain text");
         EXPECT_EQ(textOf(loaded.wide), u"\x6C70\x6961\x206E\x6574\x7478");
     }
 }
 
 TEST(TextFiles, TextsThatAHeapRefusesFailTheLoad) {
-    TemporaryFolder const folder;
     for (std::string const & bytes : {"\xFF\xFE" + std::string(300, 'u'), "\xEF\xBB\xBF" + std::string(300, 'd'),
                                       std::string(300, 'b'), std::string(200, 'b') + '\0' + std::string(99, 'b')}) {
-        Source source(folder, bytes);
-        for (int round = 0; round < 2 * Source::ways; ++round) {
+        for (int round = 0; round < 2 * ways; ++round) {
             long const liveAtFirst = ordinary_allocator::liveBlocks;
             bool isLoaded = false;
             for (long served = 0; !isLoaded; ++served) {
                 ASSERT_LT(served, 10);
                 counting_heap::LeakCheck const leaks;
                 Loaded loaded;
-                round % 2 == 0 ? counting_heap::refuseAfter(served)
-                               : void(ordinary_allocator::servedBeforeRefusal = served);
-                isLoaded = source.load(loaded, round / 2);
+                RecordingStream stream;
+                round < ways ? counting_heap::refuseAfter(served)
+                             : void(ordinary_allocator::servedBeforeRefusal = served);
+                isLoaded = loaded.load(bytes, round % ways, stream);
                 counting_heap::serveAll();
                 ordinary_allocator::servedBeforeRefusal = -1;
                 EXPECT_EQ(loaded.error, isLoaded ? _StringUtility::utilErrorNone : _StringUtility::utilErrorConversion);
                 EXPECT_TRUE(!isLoaded || (loaded.data.get_data() != nullptr && loaded.wide.get_data() != nullptr));
             }
-            source.stream.calls();
             EXPECT_EQ(ordinary_allocator::liveBlocks, liveAtFirst);
         }
     }

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
 #include <morvane/strings/text_comparison.h>
@@ -68,7 +67,6 @@ TYPED_TEST(Search, TakesSetsAndCountsOfAnySize) {
     for (std::size_t const length : {1U, 2U, 200001U}) {
         std::basic_string<TypeParam> all(length, TypeParam('q'));
         EXPECT_EQ(countUnit(this->view(all), TypeParam('q')), length);
-        EXPECT_EQ(findOneOf(this->view(all), this->view(set)), notFound);
         all.back() = TypeParam(0xFF);
         EXPECT_EQ(findOneOf(this->view(all), this->view(set)), length - 1);
     }
@@ -76,21 +74,25 @@ TYPED_TEST(Search, TakesSetsAndCountsOfAnySize) {
 }
 
 TYPED_TEST(Search, FindsTextAsTheStandardLibraryDoes) {
-    for (int step = 0; step < 20000; ++step) {
+    for (int step = 0; step < 10000; ++step) {
         std::size_t const letters = 1 + this->below(3);
         auto all = this->text(this->below(200), letters);
-        if (this->below(3) == 0) {
-            // Periodic, with a flaw.
+        bool const isPeriodic = this->below(3) == 0;
+        if (isPeriodic) {
+            // With a flaw, and at times so long that a comparing search starts in vain until it changes its algorithm.
             auto const period = this->text(1 + this->below(9), letters);
-            for (all = period; all.size() < 150;) {
+            std::size_t const length = this->below(10) == 0 ? 3000 : 150;
+            for (all = period; all.size() < length;) {
                 all += period;
             }
-            all[this->below(all.size())] = TypeParam('b');
+            all[all.size() / 2 + this->below(50)] = TypeParam('b');
         }
         auto sought = this->text(this->below(12), letters);
-        if (this->below(2) == 0 && !all.empty()) {
-            std::size_t const start = this->below(all.size());
-            sought = all.substr(start, this->below(100));
+        if ((isPeriodic || this->below(2) == 0) && !all.empty()) {
+            sought = all.substr(this->below(all.size()), this->below(120));
+            if (!sought.empty() && this->below(3) == 0) {
+                sought[this->below(sought.size())] = TypeParam('b');
+            }
         }
         TextSearcher<TypeParam> searcher(this->view(sought));
         auto twoWay = TextSearcher<TypeParam>::twoWay(this->view(sought));
@@ -101,38 +103,6 @@ TYPED_TEST(Search, FindsTextAsTheStandardLibraryDoes) {
             ASSERT_EQ(twoWay.find(this->view(all), from), expected);
             from = expected == all.npos ? all.size() + 1 : expected + 1;
         } while (from <= all.size());
-    }
-}
-
-/// Texts that make a comparing search start in vain everywhere, so that it changes its algorithm on the way.
-TYPED_TEST(Search, FindsTextWhereStartsAreInVain) {
-    using Units = std::basic_string<TypeParam>;
-    auto const repeated = [](char const * word, std::size_t count) {
-        Units text;
-        for (Units const units(word, word + std::strlen(word)); count-- > 0;) {
-            text += units;
-        }
-        return text;
-    };
-    Units const flaw = repeated("ab", 1);
-    std::vector<Units> const wanted{repeated("a", 50) + flaw.substr(1) + repeated("a", 50),
-                                    repeated("a", 98) + repeated("aba", 1),
-                                    flaw + repeated("a", 99),
-                                    repeated("ab", 60) + flaw.substr(0, 1),
-                                    repeated("aab", 40),
-                                    repeated("aab", 20) + flaw + repeated("aab", 20)};
-    std::vector<Units> const texts{repeated("a", 3000), repeated("ab", 1500), repeated("aab", 1000),
-                                   repeated("a", 2999) + flaw + repeated("a", 60),
-                                   repeated("aab", 500) + flaw + repeated("aab", 500)};
-    for (Units const & sought : wanted) {
-        for (Units const & text : texts) {
-            Units const withHit = text + sought + text;
-            TextSearcher<TypeParam> searcher(this->view(sought));
-            for (std::size_t from = 0, hit = 0; hit != notFound; from = hit + sought.size()) {
-                hit = withHit.find(sought, from);
-                ASSERT_EQ(searcher.find(this->view(withHit), from), hit);
-            }
-        }
     }
 }
 
@@ -164,27 +134,25 @@ TYPED_TEST(Search, ComparesInBlocksAsUnitByUnit) {
 }
 
 TEST(Width, WidensNarrowsAndMeasuresAnyLength) {
-    std::mt19937 random(3);
     for (std::size_t length = 0; length < 80; ++length) {
         std::string bytes;
         std::vector<unsigned short int> units;
         while (bytes.size() < length) {
-            bytes += static_cast<char>(random() % 256);
+            bytes += static_cast<char>(0xFF - 3 * bytes.size());
             units.push_back(static_cast<unsigned char>(bytes.back()));
         }
         std::vector<unsigned short int> widened(length);
         widen({bytes.data(), length}, widened.data());
         ASSERT_EQ(widened, units);
+        units.push_back(0);
         for (std::size_t stop = 0; stop <= length; ++stop) {
+            // Every alignment.
+            ASSERT_EQ(unitLength(units.data() + length - stop), stop);
             auto stopping = units;
-            std::fill(stopping.begin() + static_cast<std::ptrdiff_t>(stop), stopping.end(), 0x100);
+            stopping[stop] = 0x100;
             std::string narrowed(length, 'x');
             ASSERT_EQ(narrow({stopping.data(), length}, narrowed.data()), stop);
             ASSERT_EQ(narrowed.substr(0, stop), bytes.substr(0, stop));
-            // Every alignment.
-            std::vector<unsigned short int> closed(length + 1, 0x100);
-            closed.back() = 0;
-            ASSERT_EQ(unitLength(closed.data() + stop), length - stop);
         }
     }
 }
