@@ -5,6 +5,8 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <latch>
+#include <morvane/core/memory.h>
+#include <morvane/platform/process_heap.h>
 #include <morvane/platform/tick_count.h>
 #include <random>
 #include <sys/wait.h>
@@ -198,6 +200,22 @@ TEST(Heap, TakesOverThePagesOfThreadsThatEnded) {
     EXPECT_EQ(mappedHeapBytes(), before);
     freeAll(found);
     freeAll(left);
+}
+
+TEST(Heap, KeepsTheCountsOfMoreThreadsThanHaveANumber) {
+    _Memory memory;
+    for (int round = 0; round < 3; ++round) {
+        std::vector<std::jthread> threads;
+        for (unsigned number = 0; number < mostThreadNumber + 5; ++number) {
+            threads.emplace_back([&memory] {
+                for (int call = 0; call < 2000; ++call) {
+                    memory.heapUnallocate(memory.heapAllocate(8, false));
+                }
+            });
+        }
+    }
+    EXPECT_EQ(memory.heapAllocationCount(), 72000);
+    EXPECT_EQ(memory.heapUnallocationCount(), 72000);
 }
 
 TEST(Heap, LetsThreadsTradeBlocks) {

@@ -3,32 +3,16 @@
 #include <morvane/platform/process_heap.h>
 #include <morvane/platform/single_thread.h>
 
-namespace {
-
-/// One more than the number of the thread's share; 0 as long as it has none.
-constinit thread_local std::uint32_t shareNumber = 0;
-
-constinit std::atomic<std::uint32_t> threadsThatCount{0};
-
-void countCall(std::atomic<std::int32_t> & count) {
-    if (morvane::platform::isSingleThreaded()) {
+inline void _Memory::count(std::atomic<std::int32_t> Share::*calls) {
+    static_assert(shareCount == morvane::platform::mostThreadNumber + 1);
+    std::uint32_t const number = morvane::platform::threadNumber;
+    std::atomic<std::int32_t> & count = shares[number].*calls;
+    if (number != 0 || morvane::platform::isSingleThreaded()) {
         auto const next = static_cast<std::uint32_t>(count.load(std::memory_order_relaxed)) + 1;
         count.store(static_cast<std::int32_t>(next), std::memory_order_relaxed);
     } else {
         count.fetch_add(1, std::memory_order_relaxed);
     }
-}
-
-} // namespace
-
-inline _Memory::Share & _Memory::shareOfThread() {
-    if (morvane::platform::isSingleThreaded()) {
-        return shares[0];
-    }
-    if (shareNumber == 0) {
-        shareNumber = threadsThatCount.fetch_add(1, std::memory_order_relaxed) % shareCount + 1;
-    }
-    return shares[shareNumber - 1];
 }
 
 _Memory::_Memory() : heapHandle(morvane::platform::processHeap()) {}
@@ -48,12 +32,12 @@ _Memory & _Memory::operator=(_Memory const & other) {
 }
 
 void * _Memory::heapAllocate(std::uint32_t size, bool zeroFill) {
-    countCall(shareOfThread().allocationCount);
+    count(&Share::allocationCount);
     return morvane::platform::heapAllocate(size, zeroFill);
 }
 
 void _Memory::heapUnallocate(void * pointer) {
-    countCall(shareOfThread().unallocationCount);
+    count(&Share::unallocationCount);
     morvane::platform::heapFree(pointer);
 }
 

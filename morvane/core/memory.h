@@ -41,8 +41,8 @@ private:
     void set_allocationCount(std::int32_t count);
     void set_unallocationCount(std::int32_t count);
 
-    /// A share of the counts, in a cache line of its own. Threads that count at once do so in different shares; each
-    /// count is the sum of all.
+    /// A share of the counts, in a cache line of its own. Each count is the sum of all shares. Most threads have one to
+    /// themselves and write it plainly; the others share the first.
     struct Share {
         std::atomic<std::int32_t> allocationCount{0};
         std::atomic<std::int32_t> unallocationCount{0};
@@ -50,7 +50,7 @@ private:
     };
     static constexpr std::uint32_t shareCount = 8;
 
-    Share & shareOfThread();
+    void count(std::atomic<std::int32_t> Share::*calls);
 
     void * heapHandle;
     Share shares[shareCount];

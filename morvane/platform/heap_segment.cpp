@@ -427,7 +427,7 @@ HeapPage * acquirePage(bool populate) noexcept {
     if (slices.segment == nullptr) {
         return nullptr;
     }
-    HeapPage & page = slices.segment->pages[slices.first];
+    HeapPage & page = pagesOf(*slices.segment)[slices.first];
     page.zeroed = slices.dirty == 0;
     page.spanSlices = 0;
     if (populate && page.zeroed) {
@@ -439,7 +439,7 @@ HeapPage * acquirePage(bool populate) noexcept {
 void releasePage(HeapPage & page) noexcept {
     HeapSegment & segment = segmentOf(&page);
     page.owner.store(nullptr, std::memory_order_relaxed);
-    pool.release(segment, static_cast<std::size_t>(&page - segment.pages), 1);
+    pool.release(segment, static_cast<std::size_t>(&page - pagesOf(segment)), 1);
 }
 
 void * acquireLarge(std::size_t bytes, bool zeroed) noexcept {
@@ -460,7 +460,7 @@ void * acquireLarge(std::size_t bytes, bool zeroed) noexcept {
     if (slices.segment == nullptr) {
         return nullptr;
     }
-    slices.segment->pages[slices.first].spanSlices = static_cast<std::uint8_t>(count);
+    pagesOf(*slices.segment)[slices.first].spanSlices = static_cast<std::uint8_t>(count);
     char * const block = sliceAt(*slices.segment, slices.first);
     if (slices.dirty != sliceRun(slices.first, count)) {
         populatePages(block, (bytes + systemPageBytes - 1) / systemPageBytes * systemPageBytes);
@@ -483,9 +483,9 @@ void releaseLarge(void * block) noexcept {
         return;
     }
     std::size_t const first = sliceNumber(block);
-    std::size_t const count = segment.pages[first].spanSlices;
+    std::size_t const count = pagesOf(segment)[first].spanSlices;
     if (count != 0) {
-        segment.pages[first].spanSlices = 0;
+        pagesOf(segment)[first].spanSlices = 0;
         pool.release(segment, first, count);
     }
 }

@@ -54,8 +54,8 @@ struct alignas(64) HeapPage {
     std::uint64_t freeBits[mostPageBlocks / 64];
 };
 
-/// The head of a segment.
-struct HeapSegment {
+/// The head of a segment; the entries of its slices follow.
+struct alignas(64) HeapSegment {
     HeapSegment * next;
     HeapSegment * previous;
     HeapSegment * nextOfAll;
@@ -70,10 +70,13 @@ struct HeapSegment {
     bool huge;
     /// Slices of the longest run of free ones.
     std::uint32_t longestRun;
-    HeapPage pages[segmentSlices];
 };
 
-static_assert(sizeof(HeapSegment) <= sliceBytes);
+/// Entries of neighbouring segments lie a cache line further on, so that those of all segments do not share the few
+/// places of a cache that addresses 4 MB apart compete for.
+inline constexpr std::size_t entryShifts = 8;
+
+static_assert(sizeof(HeapSegment) + entryShifts * 64 + segmentSlices * sizeof(HeapPage) <= sliceBytes);
 
 inline HeapSegment & segmentOf(void const * address) noexcept {
     return *reinterpret_cast<HeapSegment *>(reinterpret_cast<std::uintptr_t>(address)
@@ -84,15 +87,20 @@ inline std::size_t sliceNumber(void const * address) noexcept {
     return (reinterpret_cast<std::uintptr_t>(address) / sliceBytes) % segmentSlices;
 }
 
+/// The entries of the segment's slices.
+inline HeapPage * pagesOf(HeapSegment & segment) noexcept {
+    std::size_t const shift = reinterpret_cast<std::uintptr_t>(&segment) / segmentBytes % entryShifts * 64;
+    return reinterpret_cast<HeapPage *>(reinterpret_cast<char *>(&segment + 1) + shift);
+}
+
 inline HeapPage & pageOf(void const * address) noexcept {
-    return segmentOf(address).pages[sliceNumber(address)];
+    return pagesOf(segmentOf(address))[sliceNumber(address)];
 }
 
 /// The first byte behind the head of the page's slice entry: where its blocks lie.
 inline char * blocksOf(HeapPage const & page) noexcept {
-    HeapSegment const & segment = segmentOf(&page);
-    return const_cast<char *>(reinterpret_cast<char const *>(&segment))
-           + static_cast<std::size_t>(&page - segment.pages) * sliceBytes;
+    HeapSegment & segment = segmentOf(&page);
+    return reinterpret_cast<char *>(&segment) + static_cast<std::size_t>(&page - pagesOf(segment)) * sliceBytes;
 }
 
 /// A slice for a page, whose entry tells `zeroed` and is else to be filled; null when the system refuses. `populate`:

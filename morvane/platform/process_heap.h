@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 namespace morvane::platform {
 
@@ -15,5 +16,10 @@ void * heapAllocate(std::size_t bytes, bool zeroed) noexcept;
 
 /// Takes a block back, on any thread. Null is ignored.
 void heapFree(void * block) noexcept;
+
+/// 1 to `mostThreadNumber` on a thread that has allocated, as long as it bears the number alone, 0 on any other. What a
+/// thread wrote under its number is seen by the thread that bears it next.
+inline constexpr std::uint32_t mostThreadNumber = 7;
+extern constinit thread_local std::uint32_t threadNumber;
 
 } // namespace morvane::platform

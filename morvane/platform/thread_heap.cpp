@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <morvane/platform/critical_section_guard.h>
+#include <morvane/platform/process_heap.h>
 #include <morvane/platform/system_pages.h>
 #include <morvane/platform/thread_exit.h>
 #include <new>
@@ -11,6 +12,7 @@ namespace morvane::platform {
 constinit ThreadHeap noHeap;
 
 thread_local constinit ThreadHeap * currentHeap = &noHeap;
+thread_local constinit std::uint32_t threadNumber = 0;
 
 /// The heaps of threads that have ended.
 ///
@@ -36,6 +38,7 @@ private:
     std::atomic<ThreadHeap *> first{nullptr};
     ThreadHeap * last = nullptr;
     ThreadHeap * all = nullptr;
+    std::uint32_t numbersGiven = 0;
 };
 
 namespace {
@@ -44,8 +47,13 @@ constinit IdleHeaps idleHeaps;
 
 constexpr std::size_t heapBytes = (sizeof(ThreadHeap) + 4095) / 4096 * 4096;
 
-void endThread(void * heap) {
+void leaveHeap() {
     currentHeap = &noHeap;
+    threadNumber = 0;
+}
+
+void endThread(void * heap) {
+    leaveHeap();
     idleHeaps.putBack(*static_cast<ThreadHeap *>(heap));
 }
 
@@ -65,6 +73,7 @@ ThreadHeap * IdleHeaps::takeOne() noexcept {
         }
         heap = new (pages) ThreadHeap;
         heap->nextOfAll = all;
+        heap->bearer = numbersGiven != mostThreadNumber ? ++numbersGiven : 0;
         all = heap;
     }
     // Without a call at its end the thread's heap stays behind, and its free blocks with it; the thread itself works.
@@ -136,6 +145,7 @@ void * ThreadHeap::allocateSlowly(std::size_t sizeClass, std::size_t bytes, bool
             return nullptr;
         }
         currentHeap = heap;
+        threadNumber = heap->bearer;
         return heap->allocate(sizeClass, bytes, zeroed);
     }
     return refill(sizeClass) ? allocate(sizeClass, bytes, zeroed) : nullptr;
@@ -272,7 +282,7 @@ void ThreadHeap::takeRemote() noexcept {
         HeapPage & page = pageOf(block);
         ThreadHeap * const owner = page.owner.load(std::memory_order_relaxed);
         if (owner == this) {
-            free(page, block);
+            putBack(page, block);
         } else {
             owner->freeFromAfar(block); // the page was taken over meanwhile
         }
@@ -282,6 +292,9 @@ void ThreadHeap::takeRemote() noexcept {
 
 void ThreadHeap::closeRuns() noexcept {
     for (Run & run : runs) {
+        if (run.spare != nullptr) {
+            putBack(pageOf(run.spare), run.spare);
+        }
         HeapPage * const page = run.page;
         if (page == nullptr) {
             continue;
@@ -303,7 +316,7 @@ void ThreadHeap::closeRuns() noexcept {
 
 void releaseHeap() noexcept {
     forgetThreadExits();
-    currentHeap = &noHeap;
+    leaveHeap();
     idleHeaps.releaseAll();
     releaseSegments();
 }

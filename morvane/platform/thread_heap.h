@@ -95,6 +95,9 @@ private:
         std::uint32_t blockBytes = 0;
         /// Whether the blocks are known to be zero.
         bool zeroed = false;
+        /// A block that came back and is handed out next, so that one that replaces another takes its place; null when
+        /// there is none. Its page counts it as used.
+        void * spare = nullptr;
     };
 
     struct PageList {
@@ -108,6 +111,7 @@ private:
     HeapPage * nextPage(std::size_t sizeClass) noexcept;
     HeapPage * makePage(std::size_t sizeClass) noexcept;
 
+    void putBack(HeapPage & page, void * block) noexcept;
     void freeSlowly(HeapPage & page, std::size_t word) noexcept;
     void enlist(HeapPage & page) noexcept;
     void unlist(HeapPage & page) noexcept;
@@ -124,6 +128,8 @@ private:
     /// Of all heaps, and of those without a thread.
     ThreadHeap * nextOfAll = nullptr;
     ThreadHeap * nextIdle = nullptr;
+    /// The `threadNumber` of the thread that has it.
+    std::uint32_t bearer = 0;
 };
 
 /// A heap without a page, which stands for that of a thread that has none yet.
@@ -141,6 +147,13 @@ void unlockHeap() noexcept;
 
 inline void * ThreadHeap::allocate(std::size_t sizeClass, std::size_t bytes, bool zeroed) noexcept {
     Run & run = runs[sizeClass];
+    if (void * const spare = run.spare; spare != nullptr) {
+        run.spare = nullptr;
+        if (zeroed) {
+            clearBlock(spare, bytes);
+        }
+        return spare;
+    }
     std::uint64_t const bits = run.bits;
     if (bits == 0) [[unlikely]] {
         return allocateSlowly(sizeClass, bytes, zeroed);
@@ -154,6 +167,15 @@ inline void * ThreadHeap::allocate(std::size_t sizeClass, std::size_t bytes, boo
 }
 
 inline void ThreadHeap::free(HeapPage & page, void * block) noexcept {
+    void *& spare = runs[page.sizeClass].spare;
+    if (spare == nullptr) {
+        spare = block;
+    } else if (spare != block) {
+        putBack(page, block);
+    }
+}
+
+inline void ThreadHeap::putBack(HeapPage & page, void * block) noexcept {
     std::uint64_t const offset = reinterpret_cast<std::uintptr_t>(block) % sliceBytes;
     std::uint64_t const number = offset * page.reciprocal >> 32;
     std::uint64_t & word = page.freeBits[number / 64];
