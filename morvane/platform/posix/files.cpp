@@ -11,6 +11,7 @@
 #include <limits>
 #include <morvane/platform/posix/file_sharing.h>
 #include <morvane/platform/posix/utf8_text.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -73,63 +74,73 @@ private:
     int value;
 };
 
-/// The descriptors under 1,024 that `openFile` opened on disk files. It spares `writeFile` a look at the kind of the
-/// file in nearly all calls; others are looked at.
+/// The descriptors under 1,024 of disk files that `openFile` opened while nothing limited their size. It spares
+/// `writeFile` a look at the kind of the file and at the limit in nearly all calls; others are looked at.
 constexpr int rememberedDescriptors = 1024;
-constinit std::atomic<std::uint64_t> diskFiles[rememberedDescriptors / 64]{};
+constinit std::atomic<std::uint64_t> plainFiles[rememberedDescriptors / 64]{};
 
-void rememberDiskFile(int descriptor, bool isDiskFile) noexcept {
+void rememberPlainFile(int descriptor, bool isPlainFile) noexcept {
     if (descriptor < 0 || descriptor >= rememberedDescriptors) {
         return;
     }
-    auto & word = diskFiles[descriptor / 64];
+    auto & word = plainFiles[descriptor / 64];
     std::uint64_t const bit = std::uint64_t{1} << descriptor % 64;
-    if (isDiskFile) {
+    if (isPlainFile) {
         word.fetch_or(bit, std::memory_order_relaxed);
     } else {
         word.fetch_and(~bit, std::memory_order_relaxed);
     }
 }
 
-bool isDiskFile(int descriptor) noexcept {
+bool isPlainFile(int descriptor) noexcept {
     return descriptor >= 0 && descriptor < rememberedDescriptors
-           && (diskFiles[descriptor / 64].load(std::memory_order_relaxed) >> descriptor % 64 & 1) != 0;
+           && (plainFiles[descriptor / 64].load(std::memory_order_relaxed) >> descriptor % 64 & 1) != 0;
 }
 
-/// Keeps the signal of a pipe without a reader, which would end the process, from this thread.
-class BrokenPipeSignalGuard {
+/// True where the process may make files of any size.
+bool isSizeUnlimited() noexcept {
+    rlimit limit{};
+    return ::getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur == RLIM_INFINITY;
+}
+
+/// Keeps a signal that a failing call sends, and that would end the process, from this thread: that of a pipe without a
+/// reader or that of a file at the limit of its size.
+class SignalGuard {
 public:
-    BrokenPipeSignalGuard() noexcept {
-        sigemptyset(&brokenPipe);
-        sigaddset(&brokenPipe, SIGPIPE);
+    explicit SignalGuard(int signal) noexcept {
+        sigemptyset(&guarded);
+        sigaddset(&guarded, signal);
         sigset_t waiting;
         sigpending(&waiting);
-        wasPending = sigismember(&waiting, SIGPIPE) == 1;
-        pthread_sigmask(SIG_BLOCK, &brokenPipe, &before);
+        wasPending = sigismember(&waiting, signal) == 1;
+        pthread_sigmask(SIG_BLOCK, &guarded, &before);
     }
-    BrokenPipeSignalGuard(BrokenPipeSignalGuard const &) = delete;
-    ~BrokenPipeSignalGuard() {
+    SignalGuard(SignalGuard const &) = delete;
+    ~SignalGuard() {
         int const error = errno;
         if (!wasPending) {
             timespec const noTime{};
-            uninterrupted([&] { return sigtimedwait(&brokenPipe, nullptr, &noTime); });
+            uninterrupted([&] { return sigtimedwait(&guarded, nullptr, &noTime); });
         }
         pthread_sigmask(SIG_SETMASK, &before, nullptr);
         errno = error;
     }
 
-    BrokenPipeSignalGuard & operator=(BrokenPipeSignalGuard const &) = delete;
+    SignalGuard & operator=(SignalGuard const &) = delete;
 
 private:
-    sigset_t brokenPipe;
+    sigset_t guarded;
     sigset_t before;
     bool wasPending;
 };
 
-/// Moves `count` bytes by `move`, which takes an offset and a count; more than one call only beyond what the system
-/// moves in one.
+/// When a transfer that moved less than it was asked for goes on.
+enum class ShortTransfer { ends, goesOn };
+
+/// Moves `count` bytes by `move`, which takes an offset and a count, in one call but for what the system moves in
+/// several.
 template <typename Move>
-std::int32_t transfer(std::uint32_t count, Move move) {
+std::int32_t transfer(std::uint32_t count, ShortTransfer shortTransfer, Move move) {
     constexpr std::size_t largestCall = 0x7FFFF000;
     std::size_t const wanted = std::min<std::size_t>(count, static_cast<std::size_t>(lastPosition));
     std::size_t moved = 0;
@@ -143,7 +154,7 @@ std::int32_t transfer(std::uint32_t count, Move move) {
         }
         got = static_cast<std::size_t>(result);
         moved += got;
-    } while (got == asked && moved < wanted);
+    } while (moved < wanted && (got == asked || (shortTransfer == ShortTransfer::goesOn && got != 0)));
     return static_cast<std::int32_t>(moved);
 }
 
@@ -219,33 +230,40 @@ std::int32_t openFile(unsigned short int const * name, FileUse access, FileUse s
         errno = error;
         return -1;
     }
-    rememberDiskFile(file.get(), true);
+    rememberPlainFile(file.get(), isSizeUnlimited());
     return file.release();
 }
 
 bool closeFile(std::int32_t handle) noexcept {
     if (handle >= 0) {
-        rememberDiskFile(handle, false);
+        rememberPlainFile(handle, false);
         leaveOpenFile(handle);
     }
     return ::close(handle) == 0 || errno == EINTR; // an interrupted close has closed
 }
 
 std::int32_t readFile(std::int32_t handle, void * buffer, std::uint32_t count) noexcept {
-    return transfer(count, [&](std::size_t offset, std::size_t part) {
+    return transfer(count, ShortTransfer::ends, [&](std::size_t offset, std::size_t part) {
         return ::read(handle, static_cast<char *>(buffer) + offset, part);
     });
 }
 
 std::int32_t writeFile(std::int32_t handle, void const * buffer, std::uint32_t count) noexcept {
-    auto const write = [&](std::size_t offset, std::size_t part) {
-        return ::write(handle, static_cast<char const *>(buffer) + offset, part);
+    // A signal may interrupt a write to a pipe in its middle, which is no failure.
+    auto const writeAll = [&] {
+        return transfer(count, ShortTransfer::goesOn, [&](std::size_t offset, std::size_t part) {
+            return ::write(handle, static_cast<char const *>(buffer) + offset, part);
+        });
     };
-    if (isDiskFile(handle) || ::lseek(handle, 0, SEEK_CUR) != -1 || errno != ESPIPE) {
-        return transfer(count, write);
+    if (isPlainFile(handle)) {
+        return writeAll();
     }
-    BrokenPipeSignalGuard const guard;
-    return transfer(count, write);
+    bool const isPipe = ::lseek(handle, 0, SEEK_CUR) == -1 && errno == ESPIPE;
+    if (!isPipe && isSizeUnlimited()) {
+        return writeAll();
+    }
+    SignalGuard const guard(isPipe ? SIGPIPE : SIGXFSZ);
+    return writeAll();
 }
 
 std::int32_t seekFile(std::int32_t handle, std::int32_t offset, std::int32_t origin) noexcept {
@@ -275,6 +293,7 @@ std::int32_t seekFile(std::int32_t handle, std::int32_t offset, std::int32_t ori
 
 bool setFileEnd(std::int32_t handle) noexcept {
     off_t const position = ::lseek(handle, 0, SEEK_CUR);
+    SignalGuard const guard(SIGXFSZ);
     return position != -1 && uninterrupted([&] { return ::ftruncate(handle, position); }) == 0;
 }
 
