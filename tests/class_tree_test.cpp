@@ -146,38 +146,22 @@ TEST(ClassTree, KeepsTheOrderOfItsSlots) {
     expectSlots(5, &_Image::loadFromStream, &_Image::saveToStream, &_Image::toString);
 }
 
-/// Who may name a member.
-enum Access { toNobody, toDerived, toAll };
-
-/// An explicit instantiation may name private members, so that it holds whether there is one of this very type.
-template <auto member>
-struct Exists {};
-
 #define JOIN_LINE_AGAIN(name, line) name##line
 #define JOIN_LINE(name, line) JOIN_LINE_AGAIN(name, line)
 #define PROBE JOIN_LINE(Probe, __LINE__)
 
-/// A member that no test calls or that not everybody may call, by its access, its name and the type of a pointer to it,
-/// in which `C` is the class.
-#define MEMBER(access, Class, member, ...)                                                                             \
+/// A member for derived classes alone, by the type of a pointer to it, in which `C` is the class.
+#define PROTECTED(Class, member, ...)                                                                                  \
     struct PROBE : Class {                                                                                             \
         using C = Class;                                                                                               \
         using Type = __VA_ARGS__;                                                                                      \
-        template <typename Here>                                                                                       \
-        static consteval bool isReached() {                                                                            \
-            return requires {                                                                                          \
-                static_cast<Type>(&Here::member);                                                                      \
-            };                                                                                                         \
-        }                                                                                                              \
+        static_assert(requires { static_cast<Type>(&PROBE::member); });                                                \
     };                                                                                                                 \
-    template struct Exists<static_cast<PROBE::Type>(&Class::member)>;                                                  \
-    static_assert([]<typename Here>() {                                                                                \
+    static_assert(![]<typename Here>() {                                                                               \
         return requires {                                                                                              \
-            static_cast<PROBE::Type>(&Here::member);                                                                   \
+            &Here::member;                                                                                             \
         };                                                                                                             \
-    }.template operator()<Class>()                                                                                     \
-                  == (access == toAll));                                                                               \
-    static_assert(PROBE::isReached<PROBE>() == (access != toNobody));
+    }.template operator()<Class>());
 
 // clang-format off
 using Int = std::int32_t;
@@ -187,77 +171,60 @@ using Text = unsigned short int const *;
 using Node = _MemoryBlock::_MemoryNode *;
 using Part = _MemoryBlock::_MemoryPart *;
 
-MEMBER(toAll, _MemoryBlock, set_unitSize, void (C::*)(Half))
-MEMBER(toDerived, _MemoryBlock, createNode, Node (C::*)())
-MEMBER(toDerived, _MemoryBlock, destroyNode, void (C::*)(Node))
-MEMBER(toDerived, _MemoryBlock, createPointer, void * (C::*)(Node, bool))
-MEMBER(toDerived, _MemoryBlock, destroyPart, void (C::*)(Part, Node))
-MEMBER(toDerived, _MemoryBlock, fillData, void (C::*)(Node))
-MEMBER(toDerived, _MemoryBlock, fillStack, void (C::*)(Node))
-MEMBER(toDerived, _MemoryBlock, freeChain, void (C::*)())
-MEMBER(toDerived, _MemoryBlock, getFirstNode, Node (C::*)() const)
-MEMBER(toDerived, _MemoryBlock, getLastNode, Node (C::*)() const)
-MEMBER(toDerived, _MemoryBlock, getPreviousNode, Node (C::*)(Node) const)
-MEMBER(toDerived, _MemoryBlock, getPart, Part (C::*)(Node, Word) const)
-MEMBER(toDerived, _MemoryBlock, getStack, Half * (C::*)(Node) const)
-MEMBER(toDerived, _MemoryBlock, insert, void (C::*)(Node))
-MEMBER(toDerived, _MemoryBlock, insertAfter, void (C::*)(Node, Node))
-MEMBER(toDerived, _MemoryBlock, remove, void (C::*)(Node))
-MEMBER(toDerived, _MemoryBlock, isEmpty, bool (C::*)(Node) const)
-MEMBER(toDerived, _MemoryBlock, isFull, bool (C::*)(Node) const)
-MEMBER(toDerived, _MemoryBlock, headSize, Word (C::*)() const)
-MEMBER(toDerived, _MemoryBlock, partSize, Word (C::*)() const)
-MEMBER(toDerived, _MemoryBlock, dataSize, Word (C::*)() const)
-MEMBER(toDerived, _MemoryBlock, stackSize, Word (C::*)() const)
-MEMBER(toDerived, _MemoryBlock, nodeSize, Word (C::*)() const)
+PROTECTED(_MemoryBlock, createNode, Node (C::*)())
+PROTECTED(_MemoryBlock, destroyNode, void (C::*)(Node))
+PROTECTED(_MemoryBlock, createPointer, void * (C::*)(Node, bool))
+PROTECTED(_MemoryBlock, destroyPart, void (C::*)(Part, Node))
+PROTECTED(_MemoryBlock, fillData, void (C::*)(Node))
+PROTECTED(_MemoryBlock, fillStack, void (C::*)(Node))
+PROTECTED(_MemoryBlock, freeChain, void (C::*)())
+PROTECTED(_MemoryBlock, getFirstNode, Node (C::*)() const)
+PROTECTED(_MemoryBlock, getLastNode, Node (C::*)() const)
+PROTECTED(_MemoryBlock, getPreviousNode, Node (C::*)(Node) const)
+PROTECTED(_MemoryBlock, getPart, Part (C::*)(Node, Word) const)
+PROTECTED(_MemoryBlock, getStack, Half * (C::*)(Node) const)
+PROTECTED(_MemoryBlock, insert, void (C::*)(Node))
+PROTECTED(_MemoryBlock, insertAfter, void (C::*)(Node, Node))
+PROTECTED(_MemoryBlock, remove, void (C::*)(Node))
+PROTECTED(_MemoryBlock, isEmpty, bool (C::*)(Node) const)
+PROTECTED(_MemoryBlock, isFull, bool (C::*)(Node) const)
+PROTECTED(_MemoryBlock, headSize, Word (C::*)() const)
+PROTECTED(_MemoryBlock, partSize, Word (C::*)() const)
+PROTECTED(_MemoryBlock, dataSize, Word (C::*)() const)
+PROTECTED(_MemoryBlock, stackSize, Word (C::*)() const)
+PROTECTED(_MemoryBlock, nodeSize, Word (C::*)() const)
 
-MEMBER(toNobody, _WideString, _allocate, unsigned short int * (C::*)(Word, Word &))
-MEMBER(toNobody, _WideString, _toLongWord, Word (C::*)())
-MEMBER(toNobody, _WideString, _initialize, void (C::*)())
-MEMBER(toNobody, _DataString, _allocate, char * (C::*)(Word))
-MEMBER(toNobody, _DataString, _copy, void (C::*)(char const *, char *, Word))
-MEMBER(toNobody, _DataString, _toLongWord, Word (C::*)() const)
-MEMBER(toDerived, _WideStringArray, getStringItem, _WideString * (C::*)(Word) const)
-MEMBER(toAll, _WideStringParser, _uninitialize, void (C::*)())
+PROTECTED(_WideStringArray, getStringItem, _WideString * (C::*)(Word) const)
 
-MEMBER(toDerived, _Array, set_count, void (C::*)(Word))
-MEMBER(toDerived, _MutableArray, get_list, void ** (C::*)() const)
-MEMBER(toNobody, _MutableArray, _allocate, void ** (C::*)(Word, void **, Word))
+PROTECTED(_Array, set_count, void (C::*)(Word))
+PROTECTED(_MutableArray, get_list, void ** (C::*)() const)
 
-MEMBER(toNobody, _MutableDictionary, _sortItems, Int (C::*)(C::CompareProcedure, _DictionaryItem *) const)
 
-MEMBER(toNobody, _MutableDictionary, _quickSort, void (C::*)(C *, Int, Int, C::CompareProcedure))
-MEMBER(toNobody, _MutableDictionary, keyCompareProc, _MutableDictionary::CompareProcedure)
-MEMBER(toNobody, _MutableDictionary, valueCompareProc, _MutableDictionary::CompareProcedure)
-MEMBER(toDerived, _MutableDictionary, _find, Int (C::*)(char const *, char const *) const)
-MEMBER(toDerived, _MutableDictionary, _findNoCase, Int (C::*)(char const *, char const *) const)
-MEMBER(toNobody, _DictionaryItem, _uninitialize, void (C::*)())
+PROTECTED(_MutableDictionary, _find, Int (C::*)(char const *, char const *) const)
+PROTECTED(_MutableDictionary, _findNoCase, Int (C::*)(char const *, char const *) const)
 
-MEMBER(toDerived, _MemoryStream, streamAlloc, unsigned char * (C::*)(Int))
-MEMBER(toDerived, _MemoryStream, streamUnalloc, void (C::*)(unsigned char const *))
-MEMBER(toDerived, _Reader, initBuffer, void (C::*)())
+PROTECTED(_MemoryStream, streamAlloc, unsigned char * (C::*)(Int))
+PROTECTED(_MemoryStream, streamUnalloc, void (C::*)(unsigned char const *))
+PROTECTED(_Reader, initBuffer, void (C::*)())
 
-MEMBER(toDerived, _StringUtility, loadWideStringFromStream, bool (*)(_Stream *, _WideString *, Int, bool))
-MEMBER(toDerived, _StringUtility, loadDataStringFromStream, bool (*)(_Stream *, _DataString *, Int))
+PROTECTED(_StringUtility, loadWideStringFromStream, bool (*)(_Stream *, _WideString *, Int, bool))
+PROTECTED(_StringUtility, loadDataStringFromStream, bool (*)(_Stream *, _DataString *, Int))
 
-MEMBER(toDerived, DOM::_XMLElement, addAttribute, DOM::_XMLAttribute * (C::*)(Text, Text))
-MEMBER(toDerived, DOM::_XMLElement, addAttributeNode, DOM::_XMLAttribute * (C::*)(DOM::_XMLAttribute const *))
-MEMBER(toDerived, DOM::_XMLDocument, createElement, DOM::_XMLElement * (C::*)(DOM::_XMLNode const *))
-MEMBER(toDerived, DOM::_XMLDocument, createAttribute, DOM::_XMLAttribute * (C::*)(DOM::_XMLNode const *))
-MEMBER(toDerived, DOM::_XMLDocument, createText, DOM::_XMLText * (C::*)(DOM::_XMLNode const *))
-MEMBER(toDerived, DOM::_XMLDocument, createCDATASection, DOM::_XMLCDATASection * (C::*)(DOM::_XMLNode const *))
-MEMBER(toDerived, DOM::_XMLDocument, createComment, DOM::_XMLComment * (C::*)(DOM::_XMLNode const *))
-MEMBER(toDerived, DOM::_XMLDocument, createProcessingInstruction, DOM::_XMLProcessingInstruction * (C::*)(DOM::_XMLNode const *))
-MEMBER(toNobody, DOM::_XMLDocument, addChildNode, DOM::_XMLNode * (C::*)(DOM::_XMLNode const *))
-MEMBER(toNobody, DOM::_XMLDocument, parse, Word (C::*)(_WideTagArray const *, Word &, DOM::_XMLElement *))
-MEMBER(toNobody, DOM::_XMLDocument, setProcessingInstructionAttribute, bool (C::*)(Text, Text))
+PROTECTED(DOM::_XMLElement, addAttribute, DOM::_XMLAttribute * (C::*)(Text, Text))
+PROTECTED(DOM::_XMLElement, addAttributeNode, DOM::_XMLAttribute * (C::*)(DOM::_XMLAttribute const *))
+PROTECTED(DOM::_XMLDocument, createElement, DOM::_XMLElement * (C::*)(DOM::_XMLNode const *))
+PROTECTED(DOM::_XMLDocument, createAttribute, DOM::_XMLAttribute * (C::*)(DOM::_XMLNode const *))
+PROTECTED(DOM::_XMLDocument, createText, DOM::_XMLText * (C::*)(DOM::_XMLNode const *))
+PROTECTED(DOM::_XMLDocument, createCDATASection, DOM::_XMLCDATASection * (C::*)(DOM::_XMLNode const *))
+PROTECTED(DOM::_XMLDocument, createComment, DOM::_XMLComment * (C::*)(DOM::_XMLNode const *))
+PROTECTED(DOM::_XMLDocument, createProcessingInstruction, DOM::_XMLProcessingInstruction * (C::*)(DOM::_XMLNode const *))
 
-MEMBER(toDerived, COM::_IUnknown, free, COM::ComResult (C::*)())
-MEMBER(toDerived, COM::_IModuleFactory, resolveServerID, COM::ComResult (C::*)(COM::ComIdentifier, unsigned short int *&))
+PROTECTED(COM::_IUnknown, free, COM::ComResult (C::*)())
+PROTECTED(COM::_IModuleFactory, resolveServerID, COM::ComResult (C::*)(COM::ComIdentifier, unsigned short int *&))
 
-MEMBER(toDerived, _Image, initialize, void (C::*)())
-MEMBER(toDerived, _Image, createImage, bool (C::*)(Int, Int, unsigned char))
-MEMBER(toDerived, _Image, destroyImage, bool (C::*)())
+PROTECTED(_Image, initialize, void (C::*)())
+PROTECTED(_Image, createImage, bool (C::*)(Int, Int, unsigned char))
+PROTECTED(_Image, destroyImage, bool (C::*)())
 // clang-format on
 
 // What stands in memory or in files as it is told, on a system with pointers of 64 bits.

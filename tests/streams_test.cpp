@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <limits>
 #include <morvane/core/lifecycle.h>
@@ -11,7 +10,8 @@
 #include <optional>
 #include <stream_testing.h>
 #include <temporary_folder.h>
-#include <unistd.h>
+#include <tuple>
+#include <utility>
 
 using namespace std::string_literals;
 
@@ -31,15 +31,16 @@ TEST(Stream, StoresValuesLeastSignificantByteFirst) {
     stream.writeLongWord(0xFEDCBA98);
     stream.writeFloat(-1.5f);
     stream.writeDouble(-0.1);
-    stream.writeString("ab");
-    stream.writeString("");
-    stream.writeString(_DataString()); // released: its text is null
+    for (char const * const text : {"ab", "", static_cast<char const *>(nullptr)}) {
+        stream.writeString(text);
+    }
     stream.writeText("cd");
     stream.writeText(nullptr);
     EXPECT_EQ(stream.calls(), "w1 w1 w1 w2 w2 w4 w4 w4 w8 w4 w2 w4 w4 w2 ");
     EXPECT_EQ(stream.bytes,
               "\xFE\xFE\1\xDC\xFE\xFE\xFF\1\0\0\x80\x98\xBA\xDC\xFE\0\0\xC0\xBF\x9A\x99\x99\x99\x99\x99\xB9"
               "\xBF\2\0\0\0ab\0\0\0\0\0\0\0\0cd"s);
+    stream.bytes += "\x80\0"s;
     stream.seekToBegin();
     EXPECT_TRUE(stream.readByte() == 0xFE && stream.readChar() == char(-2) && stream.readBoolean());
     EXPECT_TRUE(stream.readWord() == 0xFEDC && stream.readShort() == -2);
@@ -48,14 +49,10 @@ TEST(Stream, StoresValuesLeastSignificantByteFirst) {
     for (char const * const text : {"ab", "", ""}) {
         EXPECT_EQ(bytesOf(stream.readString()), text);
     }
-    EXPECT_EQ(bytesOf(stream.readText(2)), "cd");
-    EXPECT_EQ(bytesOf(stream.readText(0)), "");
+    EXPECT_TRUE(bytesOf(stream.readText(2)) == "cd" && bytesOf(stream.readText(0)).empty());
+    EXPECT_TRUE(stream.readBoolean() && !stream.readBoolean());
     EXPECT_EQ(stream.getPosition(), stream.getSize());
     EXPECT_TRUE(fails([&] { stream.readByte(); }));
-
-    RecordingStream booleans("\x80"s + '\0');
-    EXPECT_TRUE(booleans.readBoolean());
-    EXPECT_FALSE(booleans.readBoolean());
 }
 
 TEST(Stream, CallsTheVirtualOperationsInAFixedOrder) {
@@ -78,10 +75,7 @@ TEST(Stream, CallsTheVirtualOperationsInAFixedOrder) {
 }
 
 TEST(Stream, CopiesInBlocksOfBoundedSize) {
-    struct {
-        std::int32_t size, count;
-        char const *sourceCalls, *targetCalls;
-    } const cases[] = {
+    std::tuple<std::int32_t, std::int32_t, char const *, char const *> const cases[] = {
         {61440, 61440, "r61440 ", "w61440 "},
         {61441, 61441, "r61440 r1 ", "w61440 w1 "},
         {130000, 0, "b0 c0 e0 b0 r61440 r61440 r7120 ", "w61440 w61440 w7120 "},
@@ -90,25 +84,21 @@ TEST(Stream, CopiesInBlocksOfBoundedSize) {
         {61441, 61442, "r61440 r2 ", "w61440 "},
         {10, -1, "", ""},
     };
-    for (auto const & row : cases) {
-        RecordingStream source(std::string(static_cast<std::size_t>(row.size), 'x'));
+    for (auto const & [size, count, sourceCalls, targetCalls] : cases) {
+        RecordingStream source(std::string(static_cast<std::size_t>(size), 'x'));
         RecordingStream target;
-        source.position = row.count == 0 ? row.size / 2 : 0;
+        source.position = count == 0 ? size / 2 : 0;
         std::int32_t copied = -1;
-        EXPECT_EQ(fails([&] { copied = target.copyFrom(source, row.count); }), row.count < 0 || row.count > row.size);
-        EXPECT_TRUE(copied == -1 || copied == (row.count != 0 ? row.count : row.size));
-        EXPECT_EQ(source.calls(), row.sourceCalls);
-        EXPECT_EQ(target.calls(), row.targetCalls);
+        bool const failed = fails([&, wanted = count] { copied = target.copyFrom(source, wanted); });
+        EXPECT_EQ(failed, count < 0 || count > size);
+        EXPECT_EQ(copied, failed ? -1 : count != 0 ? count : size);
+        EXPECT_EQ(source.calls(), sourceCalls);
+        EXPECT_EQ(target.calls(), targetCalls);
     }
 }
 
 TEST(Stream, BelievesNoStoredLength) {
-    struct {
-        std::int32_t length;
-        std::size_t size;
-        bool seekable, succeeds;
-        char const * calls;
-    } const cases[] = {
+    std::tuple<std::int32_t, std::size_t, bool, bool, char const *> const cases[] = {
         {-1, 10, true, false, "r4 "},
         {3, 2, true, false, "r4 r3 "},
         {65536, 65536, true, true, "r4 r65536 "},
@@ -117,17 +107,17 @@ TEST(Stream, BelievesNoStoredLength) {
         {largest, 70000, false, false, "r4 c0 e0 b-1 r65536 r65536 "},
         {140000, 140000, false, true, "r4 c0 e0 b-1 r65536 r65536 r8928 "},
     };
-    for (auto const & row : cases) {
+    for (auto const & [length, size, seekable, succeeds, calls] : cases) {
         RecordingStream stream;
-        stream.writeLong(row.length);
-        stream.bytes += std::string(row.size, 'x');
+        stream.writeLong(length);
+        stream.bytes += std::string(size, 'x');
         stream.position = 0;
         stream.calls();
-        stream.seekable = row.seekable;
+        stream.seekable = seekable;
         std::string text;
-        EXPECT_EQ(fails([&] { text = bytesOf(stream.readString()); }), !row.succeeds) << row.length;
-        EXPECT_EQ(text, std::string(row.succeeds ? row.size : 0, 'x'));
-        EXPECT_EQ(stream.calls(), row.calls);
+        EXPECT_EQ(fails([&] { text = bytesOf(stream.readString()); }), !succeeds) << length;
+        EXPECT_EQ(text, std::string(succeeds ? size : 0, 'x'));
+        EXPECT_EQ(stream.calls(), calls);
     }
     EXPECT_TRUE(fails([] { RecordingStream("text").readText(0xFFFFFFFF); }));
 }
@@ -139,12 +129,14 @@ TEST(MemoryStream, MovesWhatLiesInsideItsBlock) {
     for (auto const & [position, count, moved] : cases) {
         unsigned char bytes[] = "0123456789";
         _MemoryStream stream(bytes, 10);
-        char buffer[17] = "................";
-        EXPECT_EQ(stream.seek(position, _Stream::seekBegin), position);
-        EXPECT_EQ(stream.read(buffer, count), moved) << position << ' ' << count;
+        std::string buffer(16, '.');
+        stream.setPosition(position);
+        EXPECT_EQ(stream.read(buffer.data(), count), moved) << position << ' ' << count;
         EXPECT_EQ(stream.getPosition(), position + moved);
-        EXPECT_EQ(std::count(buffer, buffer + 16, '.'), 16 - moved);
-        EXPECT_TRUE(moved == 0 || buffer[moved - 1] == '0' + position + moved - 1);
+        EXPECT_EQ(
+            buffer,
+            (moved != 0 ? "0123456789"s.substr(static_cast<unsigned>(position), static_cast<unsigned>(moved)) : ""s)
+                + std::string(static_cast<unsigned>(16 - moved), '.'));
         stream.setPosition(position);
         EXPECT_EQ(stream.write("xxxxxxxxxxxxxxxx", count), moved);
         EXPECT_EQ(std::count(bytes, bytes + 10, 'x'), moved);
@@ -154,74 +146,60 @@ TEST(MemoryStream, MovesWhatLiesInsideItsBlock) {
         EXPECT_EQ(stream.write("text", 4), 0);
         stream.setSize(4);
         EXPECT_EQ(stream.write("text", 4), 4);
-        stream.setSize(size);
-        EXPECT_EQ(stream.getSize(), size);
     }
     EXPECT_EQ(_MemoryStream(nullptr, 10).write("text", 4), 0);
-}
-
-TEST(MemoryStream, SeeksAnywhere) {
     _MemoryStream stream(10);
-    constexpr std::int32_t cases[][3] = {
+    constexpr std::int32_t seeks[][3] = {
         {-1, 2, 9},      {0, 2, 10}, {5, 1, 15}, {-20, 1, -5}, {7, 3, -5}, {7, -1, -5}, {largest, 2, smallest + 9},
         {smallest, 1, 9}};
-    for (auto const & [offset, origin, position] : cases) {
+    for (auto const & [offset, origin, position] : seeks) {
         EXPECT_EQ(stream.seek(offset, static_cast<_Stream::SeekOrigin>(origin)), position) << offset << ' ' << origin;
     }
 }
 
-/// The calls of the counted heap since the last question.
-struct HeapCalls {
-    std::int32_t taken = globalProcessMemory->heapAllocationCount();
-    std::int32_t givenBack = globalProcessMemory->heapUnallocationCount();
-
-    std::string news() {
-        HeapCalls const now;
-        std::string const text = std::to_string(now.taken - taken) + ' ' + std::to_string(now.givenBack - givenBack);
-        *this = now;
-        return text;
-    }
-};
-
-TEST(MemoryStream, SharesItsBlockWithItsCopies) {
-    HeapCalls calls;
+TEST(MemoryStream, SharesItsBlockWithItsCopiesAndLeavesTheCallersBytes) {
+    std::int32_t taken = 0;
+    std::int32_t givenBack = 0;
+    // The calls of the counted heap since the last question.
+    auto const heapCalls = [&] {
+        std::int32_t const before[] = {taken, givenBack};
+        taken = globalProcessMemory->heapAllocationCount();
+        givenBack = globalProcessMemory->heapUnallocationCount();
+        return std::pair(taken - before[0], givenBack - before[1]);
+    };
+    using Calls = std::pair<std::int32_t, std::int32_t>;
+    unsigned char bytes[] = "caller";
+    heapCalls();
     {
         std::optional<_MemoryStream> first(std::in_place);
         EXPECT_EQ(bytesOf(first->readText(1024)), std::string(1024, '\0'));
         first->seekToBegin();
         _MemoryStream second(*first);
         _MemoryStream third(4);
-        EXPECT_EQ(calls.news(), "2 0");
+        EXPECT_EQ(heapCalls(), Calls(2, 0));
         third = *first;
         third.writeText("shared");
         EXPECT_EQ(first->readChar(), 's');
         first.reset();
-        EXPECT_EQ(calls.news(), "0 0") << "neither a destructor nor an assignment gives back through the counts";
+        EXPECT_EQ(heapCalls(), Calls(0, 0)) << "neither a destructor nor an assignment gives back through the counts";
         third.setSize(4);
-        EXPECT_EQ(calls.news(), "1 0") << "the other stream still stands over the former block";
+        EXPECT_EQ(heapCalls(), Calls(1, 0)) << "the other stream still stands over the former block";
         EXPECT_EQ(third.getPosition(), 6);
         EXPECT_EQ(bytesOf(second.readText(6)), "shared");
         second.setSize(12);
-        EXPECT_EQ(calls.news(), "1 1");
+        EXPECT_EQ(heapCalls(), Calls(1, 1));
         EXPECT_EQ(bytesOf(second.readText(6)), std::string(6, '\0'));
-    }
-    EXPECT_EQ(calls.news(), "0 0");
-}
 
-TEST(MemoryStream, LeavesTheBytesOfTheCallerToTheCaller) {
-    unsigned char bytes[] = "caller";
-    HeapCalls calls;
-    {
-        _MemoryStream stream(bytes, 6);
-        stream.writeText("C");
-        stream.setSize(6);
-        stream.writeText("own");
-        EXPECT_EQ(calls.news(), "1 0");
-        stream.set_pointer(bytes);
-        stream.set_position(0);
-        EXPECT_EQ(bytesOf(stream.readText(6)), "Caller");
+        _MemoryStream callers(bytes, 6);
+        callers.writeText("C");
+        callers.setSize(6);
+        callers.writeText("own");
+        EXPECT_EQ(heapCalls(), Calls(1, 0));
+        callers.set_pointer(bytes);
+        callers.set_position(0);
+        EXPECT_EQ(bytesOf(callers.readText(6)), "Caller");
     }
-    EXPECT_EQ(calls.news(), "0 0");
+    EXPECT_EQ(heapCalls(), Calls(0, 0));
 }
 
 TEST(FileStream, ReadsAndWritesTheFile) {
@@ -233,8 +211,7 @@ TEST(FileStream, ReadsAndWritesTheFile) {
         stream.writeString("text");
         for (std::int32_t const size : {20, 8, 0, 8}) {
             stream.setSize(size);
-            EXPECT_EQ(stream.getPosition(), size);
-            EXPECT_EQ(stream.getSize(), size);
+            EXPECT_TRUE(stream.getPosition() == size && stream.getSize() == size) << size;
         }
         stream.setPosition(5);
         stream.setSize(-1);
@@ -249,9 +226,7 @@ TEST(FileStream, ReadsAndWritesTheFile) {
     EXPECT_EQ(bytesOf(stream.readText(8)), std::string(8, '\0')) << "opened for reading";
     EXPECT_EQ(stream.read(nullptr, 1), 0);
     EXPECT_TRUE(fails([&] { stream.readByte(); }));
-    for (std::uint32_t const mode : {0u, 3u, 0x50u, 0xFFFFu}) {
-        EXPECT_TRUE(fails([&] { _FileStream(folder.name("missing/file"), mode); }));
-    }
+    EXPECT_TRUE(fails([&] { _FileStream(name, 3); })) << "no mode";
 }
 
 TEST(FileStream, ClosesOnceWithItsLastCopy) {
@@ -274,22 +249,9 @@ TEST(FileStream, ClosesOnceWithItsLastCopy) {
     third.reset();
     EXPECT_FALSE(isOpen(name));
     EXPECT_EQ(bare.seek(0, _Stream::seekBegin), -1);
-}
-
-TEST(HandleStream, WorksOverHandlesOfTheSystem) {
-    std::string const text(200000, 'x');
-    int ends[2];
-    ASSERT_EQ(pipe(ends), 0);
-    fcntl(ends[1], F_SETPIPE_SZ, 1 << 18);
-    _HandleStream(ends[1]).writeString(text.c_str());
-    EXPECT_EQ(_HandleStream(ends[0]).getSize(), -1);
-    EXPECT_EQ(bytesOf(_HandleStream(ends[0]).readString()), text);
-    EXPECT_TRUE(_FileUtility::fileClose(ends[0]));
-    EXPECT_TRUE(_FileUtility::fileClose(ends[1]));
     _HandleStream none;
     none.setSize(1);
-    EXPECT_EQ(none.write("", 1), 0);
-    EXPECT_EQ(none.getSize(), -1);
+    EXPECT_TRUE(none.write("", 1) == 0 && none.getSize() == -1);
 }
 
 } // namespace
