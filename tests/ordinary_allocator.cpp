@@ -1,16 +1,26 @@
 #include "ordinary_allocator.h"
 
 #include <cstdlib>
+#include <limits>
 #include <new>
 
 namespace ordinary_allocator {
 
 constinit std::atomic<long> liveBlocks{0};
+constinit std::atomic<long> requests{0};
 constinit std::atomic<long> servedBeforeRefusal{-1};
 
 namespace {
 
+/// The numbers of the first request that is refused and of the first one that is served again.
+constinit std::atomic<long> firstRefused{0};
+constinit std::atomic<long> firstServed{0};
+
 void * allocate(std::size_t bytes) {
+    long const number = requests++;
+    if (number >= firstRefused && number < firstServed) {
+        return nullptr;
+    }
     void * const block = std::malloc(bytes != 0 ? bytes : 1);
     liveBlocks += block != nullptr ? 1 : 0;
     return block;
@@ -35,6 +45,16 @@ void release(void * block) {
 }
 
 } // namespace
+
+void refuse(long served, bool goesOn) {
+    firstRefused = requests + served;
+    firstServed = goesOn ? std::numeric_limits<long>::max() : firstRefused + 1;
+}
+
+void serveAll() {
+    firstServed = 0;
+}
+
 } // namespace ordinary_allocator
 
 void * operator new(std::size_t bytes) {

@@ -1,22 +1,12 @@
 // What the system does to files: names that open nothing, full disks, limits of the process, signals, pipes.
-#include <array>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <file_testing.h>
 #include <functional>
-#include <limits>
 #include <morvane/core/literals.h>
-#include <morvane/encodings/string_utility.h>
+#include <morvane/morvane.h>
 #include <morvane/platform/last_error.h>
-#include <morvane/streams/file_stream.h>
-#include <morvane/streams/file_utility.h>
-#include <morvane/streams/memory_stream.h>
-#include <morvane/streams/persistant.h>
-#include <morvane/streams/reader.h>
-#include <morvane/strings/wide_string.h>
-#include <morvane/xml/xml_document.h>
-#include <morvane/xml/xml_element.h>
 #include <stream_testing.h>
 #include <string>
 #include <sys/resource.h>

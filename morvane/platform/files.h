@@ -46,9 +46,9 @@ std::int32_t openFile(unsigned short int const * name, FileUse access, FileUse s
 bool closeFile(std::int32_t handle) noexcept;
 
 /// Moves up to `count` bytes at the position and gives the number moved, at most 2,147,483,647; -1 on failure. A signal
-/// that comes in between is no failure, neither is the end of what can be read (0) or stored (fewer). A pipe that nobody
-/// reads, a full disk or a limit on the size of files fails the call and nothing else; where the process sets itself
-/// such a limit after the open, the system decides.
+/// that comes in between is no failure, neither is the end of what can be read (0) or stored (fewer). A pipe that
+/// nobody reads, a full disk or a limit on the size of files fails the call and nothing else; where the process sets
+/// itself such a limit after the open, the system decides.
 std::int32_t readFile(std::int32_t handle, void * buffer, std::uint32_t count) noexcept;
 std::int32_t writeFile(std::int32_t handle, void const * buffer, std::uint32_t count) noexcept;
 
