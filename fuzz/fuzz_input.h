@@ -43,8 +43,6 @@ public:
     }
     /// A number below `count`, which is at most 256.
     std::size_t below(std::size_t count) { return value<std::uint8_t>() % count; }
-    /// A byte with the length, then as many bytes.
-    std::string text() { return bytes(value<std::uint8_t>()); }
 
 private:
     std::string_view rest;

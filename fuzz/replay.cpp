@@ -13,44 +13,19 @@
 
 namespace {
 
-std::string running;
 std::string input;
 
 /// Keeps the input of a run that ended by `expect`.
-void tell(int) {
+void keep(int) {
     std::ofstream("failed_input", std::ios::binary) << input;
-    std::fprintf(stderr, "%s, kept in ./failed_input\n", running.c_str());
+    std::fputs("The input is kept in ./failed_input\n", stderr);
 }
 
-void run(std::string const & name, std::string const & bytes) {
-    running = name;
+void run(std::string const & bytes) {
     input = bytes;
     // A block of its own, so that a sanitizer sees a read behind its end.
     std::vector<std::uint8_t> const block(bytes.begin(), bytes.end());
     LLVMFuzzerTestOneInput(block.data(), block.size());
-}
-
-std::string contents(std::filesystem::path const & path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-/// The words of a dictionary of the fuzzer: in quotes, one a line.
-std::vector<std::string> wordsOf(char const * path) {
-    std::ifstream file(path);
-    std::vector<std::string> words;
-    for (std::string line; std::getline(file, line);) {
-        std::string word;
-        for (std::size_t place = line.find('"') + 1; place != 0 && place + 1 < line.size(); ++place) {
-            bool const isEscaped = line[place] == '\\';
-            bool const isCode = isEscaped && line[place + 1] == 'x';
-            word +=
-                isCode ? static_cast<char>(std::stoi(line.substr(place + 2, 2), nullptr, 16)) : line[place + isEscaped];
-            place += isCode ? 3 : isEscaped;
-        }
-        words.push_back(word);
-    }
-    return words;
 }
 
 std::string madeByChance(std::mt19937 & random, std::vector<std::string> const & seeds,
@@ -79,31 +54,37 @@ std::string madeByChance(std::mt19937 & random, std::vector<std::string> const &
 } // namespace
 
 int main(int count, char ** arguments) {
-    std::signal(SIGABRT, tell);
+    std::signal(SIGABRT, keep);
     int rounds = 0;
-    std::vector<std::string> seeds;
+    std::vector<std::string> seeds{""};
     std::vector<std::string> words{"0"};
+    auto const take = [&](std::filesystem::path const & path) {
+        std::ifstream file(path, std::ios::binary);
+        std::string const bytes(std::istreambuf_iterator<char>(file), {});
+        run(bytes);
+        // Inputs made of a large one would take long and find little.
+        seeds.push_back(bytes.size() > 4096 ? "" : bytes);
+    };
     for (int index = 1; index < count; ++index) {
         std::string const argument = arguments[index];
         if (argument == "--random" && index + 1 < count) {
             rounds = std::stoi(arguments[++index]);
         } else if (argument == "--dictionary" && index + 1 < count) {
-            words = wordsOf(arguments[++index]);
-        } else if (std::filesystem::is_directory(argument)) {
-            for (auto const & entry : std::filesystem::recursive_directory_iterator(argument)) {
-                seeds.push_back(contents(entry.path()));
-                run(entry.path().string(), seeds.back());
+            std::ifstream file(arguments[++index]);
+            for (std::string line; std::getline(file, line);) {
+                // Words in quotes, one a line.
+                words.push_back(line.starts_with('"') ? line.substr(1, line.size() - 2) : "");
             }
+        } else if (std::filesystem::is_directory(argument)) {
+            std::for_each(std::filesystem::directory_iterator(argument), {}, take);
         } else {
-            seeds.push_back(contents(argument));
-            run(argument, seeds.back());
+            take(argument);
         }
     }
+    // The order of a folder must not count.
     std::sort(seeds.begin(), seeds.end());
-    std::erase_if(seeds, [](std::string const & seed) { return seed.size() > 4096; });
-    seeds.emplace_back();
     std::mt19937 random(1);
-    for (int round = 0; round < rounds; ++round) {
-        run("round " + std::to_string(round), madeByChance(random, seeds, words));
+    for (; rounds > 0; --rounds) {
+        run(madeByChance(random, seeds, words));
     }
 }

@@ -1,7 +1,6 @@
-// The scanning operations of a parser and the splitting of a tag, from any position of any text, beside the slow model.
+// The scans of a parser and the splitting of a tag, from any position of any text, beside the slow model.
 
 #include "fuzz_input.h"
-#include "text_model.h"
 #include "text_testing.h"
 #include "xml_model.h"
 
@@ -10,101 +9,85 @@
 #include <morvane/strings/wide_string_parser.h>
 #include <morvane/strings/wide_tag.h>
 #include <morvane/strings/wide_tag_array.h>
-#include <morvane/xml/xml_document.h>
 
 namespace {
 
-std::vector<std::u16string> textsOf(_WideStringArray const & array) {
-    std::vector<std::u16string> texts;
-    for (std::uint32_t index = 0; index < array.get_count(); ++index) {
-        texts.push_back(textOf(array.getString(index)));
+void expectTexts(_WideStringArray const & array, std::vector<std::u16string> const & told) {
+    expect(array.get_count() == told.size());
+    for (std::uint32_t index = 0; index < told.size(); ++index) {
+        expect(textOf(array.getString(index)) == told[index]);
     }
-    return texts;
 }
 
-std::vector<std::pair<std::u16string, bool>> piecesOf(_WideTagArray const & tags) {
-    std::vector<std::pair<std::u16string, bool>> pieces;
-    for (std::uint32_t index = 0; index < tags.get_count(); ++index) {
-        pieces.emplace_back(textOf(tags.getTag(index)->get_wideString()), tags.getTag(index)->isTag());
-    }
-    return pieces;
-}
-
-void expectWholeScans(xml_model::Scanner told, _WideStringParser parser, bool isXml) {
+void expectScans(std::u16string const & text, std::size_t start, _WideStringParser parser, bool isXml) {
     auto const type = isXml ? _WideStringParser::docTypeXML : static_cast<_WideStringParser::DocType>(0);
-    int const position = told.position;
+    auto const from = static_cast<std::int32_t>(start);
+    auto const isAt = [&parser](std::size_t place) {
+        return parser.get_position() == static_cast<std::int32_t>(place);
+    };
+    std::size_t place = start;
+    auto const pieces = xml_model::parseTags(text, place, isXml);
     _WideTagArray tags;
-    parser.parseTags(&tags, type, false);
-    expect(piecesOf(tags) == told.parseTags(isXml) && parser.get_position() == told.position);
-
-    parser.seek(told.position = position);
+    expect(parser.parseTags(&tags, type, false) == static_cast<std::int32_t>(pieces.size()) && isAt(place));
+    for (std::uint32_t index = 0; index < pieces.size(); ++index) {
+        expect(textOf(tags.getTag(index)->get_wideString()) == pieces[index].first);
+        expect(tags.getTag(index)->isTag() == pieces[index].second);
+    }
+    parser.seek(from);
     _WideStringArray words;
     isXml ? parser.parseStringsEx(&words, false) : parser.parseStrings(&words, false);
-    expect(textsOf(words) == told.parseStrings(isXml) && parser.get_position() == told.position);
-
-    parser.seek(told.position = position);
-    std::pair<int, int> toldBounds;
-    std::pair<std::int32_t, std::int32_t> bounds;
+    expectTexts(words, xml_model::parseStrings(text, place = start, isXml));
+    expect(isAt(place));
+    parser.seek(from);
+    place = start;
     for (bool found = true; found;) {
-        found = told.nextTag(toldBounds.first, toldBounds.second, isXml);
-        expect(parser.nextTag(bounds.first, bounds.second, type) == found);
-        expect(bounds == toldBounds && parser.get_position() == told.position);
-    }
-}
-
-void expectSteps(xml_model::Scanner told, _WideStringParser parser) {
-    std::pair<int, int> toldBounds;
-    std::pair<std::int32_t, std::int32_t> bounds;
-    std::u16string toldLine = u"former";
-    _WideString line("former");
-    while (told.position < told.length()) {
-        expect(parser.nextCode(bounds.first, bounds.second) == told.nextCode(toldBounds.first, toldBounds.second));
-        expect(bounds == toldBounds);
-        expect(parser.nextLine(line) == told.nextLine(toldLine) && textOf(line) == toldLine);
-        expect(parser.nextBlank() == told.nextBlank());
-        expect(parser.skipBlanks() == told.skipBlanks());
-        expect(parser.get_position() == told.position);
+        auto const [toldBegin, toldEnd] = xml_model::nextTag(text, place, isXml);
+        std::int32_t begin = 0;
+        std::int32_t end = 0;
+        found = parser.nextTag(begin, end, type);
+        expect(found == (toldBegin != xml_model::none && toldEnd != xml_model::none) && isAt(place));
+        expect(begin == static_cast<std::int32_t>(toldBegin) && end == static_cast<std::int32_t>(toldEnd));
     }
 }
 
 void expectSplit(std::u16string const & inside) {
     std::vector<xml_model::Attribute> attributes;
-    std::vector<std::u16string> traces;
-    auto const toldName = xml_model::brokeTag(inside, attributes, traces);
+    std::vector<std::u16string> told[3];
+    auto const toldName = xml_model::brokeTag(inside, attributes, told[0]);
+    for (auto const & [name, value] : attributes) {
+        told[1].push_back(name);
+        told[2].push_back(value);
+    }
     _WideString name("former");
     _WideStringArray names;
     _WideStringArray values;
     expect(DOM::_XMLDocument::brokeTag(wideText(inside), name, &names, &values) == !attributes.empty());
     expect(textOf(name) == toldName.value_or(u"former"));
-    expect(names.get_count() == attributes.size() && values.get_count() == attributes.size());
-    for (std::uint32_t index = 0; index < attributes.size(); ++index) {
-        expect(textOf(names.getString(index)) == attributes[index].first);
-        expect(textOf(values.getString(index)) == attributes[index].second);
-    }
+    expectTexts(names, told[1]);
+    expectTexts(values, told[2]);
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t size) {
     FuzzInput input(data, size);
-    auto const start = input.value<std::uint8_t>();
-    std::u16string text;
-    while (!input.isEmpty()) {
-        // Bytes above ASCII become units that hold a delimiter in one half.
-        int const byte = input.value<std::uint8_t>();
-        text += static_cast<char16_t>(byte < 0x80 ? byte : byte < 0xC0 ? byte << 8 | '>' : ('<' << 8 | (byte & 0x3F)));
+    std::size_t start = input.below(256);
+    std::u16string text = text_model::widened(input.bytes(size));
+    // Bytes above ASCII become units that hold a delimiter in one half.
+    for (char16_t & unit : text) {
+        int const wide = unit < 0xC0 ? unit << 8 | '>' : '<' << 8 | (unit & 0x3F);
+        unit = unit < 0x80 ? unit : static_cast<char16_t>(wide);
     }
-    xml_model::Scanner const told{text, static_cast<int>(start % (text.size() + 1))};
+    start %= text.size() + 1;
     // By hand, so that zeros stay.
-    _WideString wide(u' ', told.length());
+    _WideString wide(u' ', static_cast<std::int32_t>(text.size()));
     std::copy(text.begin(), text.end(), wide.get_data());
     _WideStringParser parser;
     parser.set_wideString(wide);
-    parser.set_position(told.position);
+    parser.set_position(static_cast<std::int32_t>(start));
     morvane::platform::setDebugListener(nullptr);
-    expectWholeScans(told, parser, true);
-    expectWholeScans(told, parser, false);
-    expectSteps(told, parser);
+    expectScans(text, start, parser, true);
+    expectScans(text, start, parser, false);
     expectSplit(text_model::upToZero(text));
     return 0;
 }

@@ -18,6 +18,14 @@ bool consistsOf(Text const & text, char const * set) {
     return text.find_first_not_of(Text(set, set + std::char_traits<char>::length(set))) == Text::npos;
 }
 
+inline std::u16string widened(std::string const & bytes) {
+    std::u16string text;
+    for (char const byte : bytes) {
+        text += static_cast<unsigned char>(byte);
+    }
+    return text;
+}
+
 inline std::u16string lower(std::u16string text) {
     for (char16_t & unit : text) {
         unit = unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
@@ -71,26 +79,21 @@ inline std::u16string withoutReferences(std::u16string const & text) {
 inline std::u16string withReferences(std::u16string const & text, char16_t limit) {
     std::u16string result;
     for (char16_t const unit : text) {
-        char digits[12];
-        std::string const reference(digits, static_cast<std::size_t>(std::snprintf(digits, 12, "&#x%x;", unit + 0U)));
-        result += unit > limit ? std::u16string(reference.begin(), reference.end()) : std::u16string(1, unit);
+        char reference[12];
+        std::snprintf(reference, sizeof reference, "&#x%x;", unit + 0U);
+        result += unit > limit ? widened(reference) : std::u16string(1, unit);
     }
     return result;
 }
 
 inline std::string encodedUtf8(std::u16string const & text) {
     std::string bytes;
-    auto const add = [&bytes](int byte) { bytes += static_cast<char>(byte); };
     for (char16_t const unit : text) {
-        if (unit < 0x80) {
-            add(unit);
-        } else if (unit < 0x800) {
-            add(0xC0 + (unit >> 6));
-            add(0x80 + (unit & 0x3F));
-        } else {
-            add(0xE0 + (unit >> 12));
-            add(0x80 + (unit >> 6 & 0x3F));
-            add(0x80 + (unit & 0x3F));
+        int more = unit < 0x80 ? 0 : unit < 0x800 ? 1 : 2;
+        constexpr int leads[] = {0, 0xC0, 0xE0};
+        bytes += static_cast<char>(leads[more] + (unit >> 6 * more));
+        while (more-- != 0) {
+            bytes += static_cast<char>(0x80 + (unit >> 6 * more & 0x3F));
         }
     }
     return bytes;
@@ -151,6 +154,14 @@ inline std::array<char16_t, 256> const & codePage(int format) {
         page->second[byte] = static_cast<char16_t>(result.getAt(0));
     }
     return page->second;
+}
+
+inline std::u16string decodedCodePage(std::string const & bytes, int format) {
+    std::u16string text;
+    for (char const byte : bytes) {
+        text += codePage(format)[static_cast<unsigned char>(byte)];
+    }
+    return text;
 }
 
 /// A byte for a unit: the lowest that stands for it, else "?". Five bytes of ISO-8859-7 stand for nothing.

@@ -2,6 +2,10 @@
 // for their cost.
 #pragma once
 
+#include "text_model.h"
+
+#include <algorithm>
+#include <morvane/xml/xml_document.h>
 #include <optional>
 #include <string>
 #include <utility>
@@ -9,52 +13,248 @@
 
 namespace xml_model {
 
-/// The scanning operations over a text, whose first zero unit ends it for a search.
-struct Scanner {
-    std::u16string text;
-    int position = 0;
+inline constexpr std::size_t none = std::u16string::npos;
 
-    int length() const { return static_cast<int>(text.size()); }
-    int find(std::u16string const & sought, int from) const;
-    std::u16string mid(int from, int to) const;
+/// The search of a text, which its first zero unit ends.
+inline std::size_t find(std::u16string const & text, std::u16string_view sought, std::size_t from) {
+    std::size_t const found = text.find(sought, from);
+    return found == none || text.substr(from, found - from).find(u'\0') != none ? none : found;
+}
 
-    int skipBlanks();
-    int nextBlank();
-    bool nextTag(int & start, int & end, bool isXml);
-    bool nextLine(std::u16string & line);
-    bool nextCode(int & start, int & end);
-    /// The pieces; the flag of a tag is true.
-    std::vector<std::pair<std::u16string, bool>> parseTags(bool isXml);
-    std::vector<std::u16string> parseStrings(bool holdsQuotes);
-};
+/// The bounds of the next tag, `none` for what is missing; `position` goes behind a tag that has both.
+inline std::pair<std::size_t, std::size_t> nextTag(std::u16string const & text, std::size_t & position, bool isXml) {
+    std::size_t const start = find(text, u"<", position);
+    auto const isOpener = [&](std::u16string_view opener) {
+        return isXml && start != none && text.compare(start, 9, opener) == 0;
+    };
+    std::u16string_view const closing = isOpener(u"<!DOCTYPE") ? u"]>" : isOpener(u"<![CDATA[") ? u"]]>" : u">";
+    std::size_t end = isXml && start == none ? none : find(text, closing, position);
+    end += end == none ? 0 : closing.size() - 1;
+    position = start == none || end == none ? position : end + 1;
+    return {start, end};
+}
+
+/// A text, and whether it is a tag.
+using Piece = std::pair<std::u16string, bool>;
+
+inline std::vector<Piece> parseTags(std::u16string const & text, std::size_t & position, bool isXml) {
+    std::vector<Piece> pieces;
+    for (std::size_t pending = position;; pending = position) {
+        auto const [start, end] = nextTag(text, position, isXml);
+        if (start == none || end == none || end < start) {
+            return pieces;
+        }
+        if (pending < start) {
+            pieces.emplace_back(text.substr(pending, start - pending), false);
+        }
+        pieces.emplace_back(text.substr(start, end + 1 - start), true);
+    }
+}
+
+inline bool isQuote(char16_t unit) {
+    return unit == u'"' || unit == u'\'';
+}
+
+inline std::vector<std::u16string> parseStrings(std::u16string const & text, std::size_t & position, bool holdsQuotes) {
+    std::vector<std::u16string> words;
+    bool isOpen = false;
+    for (std::size_t start = 0; position < text.size();) {
+        position = std::min(text.find_first_not_of(u" \t", position), text.size());
+        start = isOpen ? start : position;
+        std::size_t const blank = text.find_first_of(u" \t", position);
+        position = std::min(blank, text.size());
+        std::u16string const piece = text.substr(start, position - start);
+        isOpen = holdsQuotes && blank != none && std::count_if(piece.begin(), piece.end(), isQuote) == 1;
+        if (!isOpen) {
+            words.push_back(text_model::upToZero(piece));
+        }
+        if (blank == none) {
+            break;
+        }
+    }
+    return words;
+}
 
 using Attribute = std::pair<std::u16string, std::u16string>;
 
 /// The name and the attributes in the inside of a tag, those of one name not merged; nothing for empty text. The raw
 /// values go to `traces`.
-std::optional<std::u16string> brokeTag(std::u16string const & inside, std::vector<Attribute> & attributes,
-                                       std::vector<std::u16string> & traces);
+inline std::optional<std::u16string> brokeTag(std::u16string const & inside, std::vector<Attribute> & attributes,
+                                              std::vector<std::u16string> & traces) {
+    std::size_t position = 0;
+    std::vector<std::u16string> const tokens = parseStrings(inside, position, true);
+    for (std::size_t index = 1; index < tokens.size(); ++index) {
+        std::size_t const equals = tokens[index].find(u'=');
+        if (equals != none) {
+            std::u16string const raw = tokens[index].substr(equals + 1);
+            traces.push_back(raw);
+            bool const isQuoted = raw.size() >= 2 && isQuote(raw.front()) && isQuote(raw.back());
+            attributes.emplace_back(tokens[index].substr(0, equals), isQuoted ? raw.substr(1, raw.size() - 2) : u"");
+        }
+    }
+    return tokens.empty() ? std::nullopt : std::optional(tokens[0]);
+}
 
 struct Node {
     int type; ///< the number of DOM Core
     std::u16string name;
     std::u16string value;
-    std::vector<Attribute> attributes;
-    std::size_t parent = 0;
-    std::vector<std::size_t> children;
+    std::size_t parent;
+    std::vector<Attribute> attributes{};
+    std::vector<std::size_t> children{};
 };
 
 /// Node 0 is the document.
 struct Tree {
-    std::vector<Node> nodes{{9, u"", u"", {}, 0, {}}};
-    std::vector<std::u16string> traces;
+    std::vector<Node> nodes{{9, u"", u"", 0}};
+    std::vector<std::u16string> traces{};
     std::size_t pieces = 0;
+
+    void add(int type, std::u16string const & name, std::u16string const & value, std::size_t parent) {
+        nodes[parent].children.push_back(nodes.size());
+        nodes.push_back({type, name, value, parent});
+    }
 };
 
 /// What a text comes to, its references being resolved first.
-Tree read(std::u16string const & text);
+inline Tree read(std::u16string const & text) {
+    std::size_t position = 0;
+    auto const pieces = parseTags(text_model::upToZero(text_model::withoutReferences(text)), position, true);
+    Tree tree;
+    tree.pieces = pieces.size();
+    std::size_t current = 0;
+    auto const trace = [&tree](std::u16string const & event) { tree.traces.push_back(event); };
+    auto const addBroken = [&](int type, std::u16string const & inside, bool traces) {
+        std::vector<Attribute> all;
+        std::u16string const name = brokeTag(inside, all, tree.traces).value_or(u"");
+        tree.add(type, name, u"", current);
+        traces ? trace(name) : void();
+        for (Attribute const & attribute : all) {
+            std::vector<Attribute> & merged = tree.nodes.back().attributes;
+            auto const found = std::find_if(merged.begin(), merged.end(), [&](Attribute const & other) {
+                return text_model::lower(other.first) == text_model::lower(attribute.first);
+            });
+            found == merged.end() ? merged.push_back(attribute) : void(found->second = attribute.second);
+            traces ? trace(attribute.first), trace(attribute.second) : void();
+        }
+    };
+    for (std::size_t index = 0; index < pieces.size(); ++index) {
+        std::u16string const & tag = pieces[index].first;
+        auto const is = [&tag](std::u16string_view opening, std::u16string_view closing) {
+            return tag.size() >= opening.size() + closing.size() && tag.starts_with(opening) && tag.ends_with(closing);
+        };
+        auto const inside = [&tag](std::size_t front, std::size_t back) {
+            return tag.substr(front, tag.size() - front - back);
+        };
+        if (!pieces[index].second) {
+            continue;
+        }
+        // A trace of a format is cut at its limit.
+        trace((u"Data: " + tag + u"\r\n").substr(0, 32767));
+        if (is(u"</", u">")) {
+            trace(u"DOMElement:TAG_STATUS_ENDING");
+            if (current != 0 && inside(2, 1) == tree.nodes[current].name) {
+                if (tree.nodes[current].children.empty() && !pieces[index - 1].second) {
+                    trace(u"DOMText");
+                    tree.add(3, u"", pieces[index - 1].first, current);
+                }
+                current = tree.nodes[current].parent;
+            }
+        } else if (is(u"<", u"/>")) {
+            trace(u"TAG_STATUS_EMPTY");
+            addBroken(1, inside(1, 2), true);
+        } else if (is(u"<![CDATA[", u"]]>")) {
+            trace(u"XMLCDATASection");
+            tree.add(4, u"", inside(9, 3), current);
+        } else if (is(u"<!--", u"-->")) {
+            trace(u"XMLComment");
+            tree.add(8, u"", inside(4, 3), current);
+        } else if (is(u"<!DOCTYPE", u"]>")) {
+            trace(u"XMLDocumentType");
+        } else if (is(u"<?", u"?>")) {
+            trace(u"DOMProcessingInstruction");
+            addBroken(7, inside(2, 2), false);
+        } else {
+            trace(u"TAG_STATUS_BEGINNING");
+            addBroken(1, inside(1, 1), false);
+            current = tree.nodes.size() - 1;
+        }
+    }
+    return tree;
+}
 
-std::u16string printed(Tree const & tree, std::u16string const & space, std::u16string const & lineEnd);
+inline std::u16string printed(Tree const & tree, std::u16string const & space, std::u16string const & lineEnd) {
+    std::u16string text;
+    std::vector<std::pair<Node const *, std::size_t>> open; // an element and its next child
+    auto const indent = [&] {
+        std::u16string result;
+        for (std::size_t level = 0; level < open.size(); ++level) {
+            result += space;
+        }
+        return result;
+    };
+    auto const print = [&](Node const & node) {
+        std::u16string attributes;
+        for (auto const & [name, value] : node.attributes) {
+            attributes += u" " + name + u"=\"" + value + u"\"";
+        }
+        std::u16string const head = indent() + u"<" + node.name + attributes;
+        Node const * const only = node.children.size() == 1 ? &tree.nodes[node.children[0]] : nullptr;
+        bool const hasText = only != nullptr && only->type == 3;
+        if (node.type == 3) {
+            text += node.value;
+        } else if (node.type == 4) {
+            text += indent() + u"<![CDATA[" + node.value + u"]]>" + lineEnd;
+        } else if (node.type == 7) {
+            text += u"<?xml" + attributes + u"?>";
+        } else if (node.type == 8) {
+            text += indent() + u"<!--" + node.value + u"-->" + lineEnd;
+        } else if (node.children.empty() || (hasText && only->value.empty())) {
+            text += head + u"/>" + lineEnd;
+        } else if (hasText) {
+            text += head + u">" + only->value + u"</" + node.name + u">" + lineEnd;
+        } else {
+            text += head + u">" + lineEnd;
+            open.emplace_back(&node, 0);
+        }
+    };
+    Node const * root = nullptr;
+    for (std::size_t const child : tree.nodes[0].children) {
+        Node const & node = tree.nodes[child];
+        root = root == nullptr && node.type == 1 ? &node : root;
+        if (node.type == 7) {
+            print(node);
+            text += lineEnd;
+        }
+    }
+    root != nullptr ? print(*root) : void();
+    while (!open.empty()) {
+        Node const & node = *open.back().first;
+        if (open.back().second < node.children.size()) {
+            print(tree.nodes[node.children[open.back().second++]]);
+        } else {
+            open.pop_back();
+            text += indent() + u"</" + node.name + u">" + lineEnd;
+        }
+    }
+    return text;
+}
+
+/// The next declaration from `position` on, which goes behind it.
+inline std::optional<std::u16string> declaration(std::u16string const & text, std::size_t & position) {
+    std::size_t const begin = text.find(u"<?xml", position);
+    std::size_t const end = text.find(u"?>", position);
+    if (begin == none || end == none) {
+        return std::nullopt;
+    }
+    position = end + 2;
+    return end < begin ? u"" : text.substr(begin, position - begin);
+}
+
+inline bool declares(std::u16string const & text, int charset) {
+    _WideString const name = DOM::_XMLDocument::charsetToWideString(static_cast<DOM::XMLCharset>(charset));
+    return text.find(std::u16string(name.arg(), name.arg() + name.get_length())) != none;
+}
 
 /// What at least three bytes come to: the text, or the error.
 struct Loading {
@@ -62,9 +262,53 @@ struct Loading {
     std::u16string text;
     std::u16string error;
 };
-Loading load(std::string const & bytes);
+
+inline Loading load(std::string const & bytes) {
+    bool const isBig = bytes.starts_with("\xFE\xFF");
+    bool const isWide = isBig || bytes.starts_with("\xFF\xFE");
+    bool const isUtf8 = bytes.starts_with("\xEF\xBB\xBF");
+    std::u16string const wide = text_model::upToZero(text_model::unitsOf(bytes.substr(isWide ? 2 : 0), isBig));
+    std::string const data = text_model::upToZero(bytes.substr(isUtf8 ? 3 : 0));
+    std::u16string const widened = text_model::widened(data);
+    int charset = -1;
+    std::size_t position = 0;
+    auto const first = isWide ? std::nullopt : declaration(widened, position);
+    if (first && !isUtf8) {
+        for (charset = 28; charset >= 0 && !declares(text_model::lower(*first), charset);) {
+            --charset;
+        }
+    } else if (!isUtf8) {
+        for (auto found = declaration(wide, position = 0); found && charset == -1;
+             found = declaration(wide, position)) {
+            for (int sought = 28; sought >= 0; --sought) {
+                charset = declares(isWide ? *found : text_model::lower(*found), sought) ? sought : charset;
+            }
+        }
+    }
+    charset = charset != -1 ? charset : isWide ? 2 : 1;
+    if (isWide || charset == 2 || charset == 3) {
+        return {charset, wide, u""};
+    }
+    std::string message;
+    std::u16string text = charset == 0 ? widened : charset == 1 ? text_model::decodedUtf8(data, message) : u"";
+    if (charset >= 5 && charset <= 19) {
+        text = text_model::decodedCodePage(data, charset + 11);
+    }
+    char16_t const * const error = !message.empty()                 ? u"utf-8 convertion error"
+                                   : charset >= 14 && charset <= 18 ? u"charset conversion error"
+                                                                    : u"";
+    return {charset, *error != 0 ? u"" : text_model::upToZero(text), error};
+}
 
 /// The bytes of a file in that charset; nothing where it can't be written.
-std::optional<std::string> saved(std::u16string const & text, int charset);
+inline std::optional<std::string> saved(std::u16string const & text, int charset) {
+    std::u16string const units = text_model::withReferences(text, 127);
+    bool const isCodePage = (charset >= 5 && charset <= 13) || charset == 19;
+    return charset == 0                   ? std::optional(std::string(units.begin(), units.end()))
+           : charset == 1                 ? "\xEF\xBB\xBF" + text_model::encodedUtf8(text)
+           : charset == 2 || charset == 3 ? "\xFF\xFE" + text_model::bytesOf(text, false)
+           : isCodePage                   ? std::optional(text_model::encodedCodePage(text, charset + 11))
+                                          : std::nullopt;
+}
 
 } // namespace xml_model
