@@ -7,8 +7,9 @@
 #include <gtest/gtest.h>
 #include <iconv.h>
 #include <map>
+#include <memory>
 #include <morvane/core/literals.h>
-#include <morvane/encodings/code_page.h>
+#include <morvane/encodings/code_page_kernels.h>
 #include <morvane/encodings/string_utility.h>
 #include <morvane/encodings/ucs.h>
 #include <morvane/encodings/utf8_codec.h>
@@ -23,6 +24,7 @@ using namespace morvane::literals;
 namespace {
 
 using Format = _StringUtility::StringFileFormat;
+using Units = std::vector<unsigned short int>;
 
 TEST(Formats, HaveNamesDescriptionsAndFlags) {
     struct {
@@ -110,51 +112,46 @@ TEST(CodePages, HoldThePublishedMappings) {
     }
 }
 
-TEST(CodePages, EveryUnitEncodesToItsFirstEntry) {
-    std::u16string units;
-    for (unsigned unit = 1; unit <= 0xFFFF; ++unit) {
-        units += static_cast<char16_t>(unit);
-    }
-    for (int const part : parts) {
-        std::string expected(0xFFFF, '?');
-        CodePage const & page = pageOf(part);
-        for (std::size_t entry = page.entryCount; --entry > 0;) {
-            expected[page.entries[entry].unicode - 1U] = static_cast<char>(page.entries[entry].code);
-        }
-        _DataString encoded;
-        EXPECT_TRUE(
-            _StringUtility::convertWideStringToDataString(wideText(units), encoded, static_cast<Format>(15 + part)));
-        EXPECT_EQ(textOf(encoded), expected) << part;
-    }
-}
-
-TEST(CodePages, MixedTextsConvertAsTheirUnitsDo) {
+// Both directions by every kernel, at any length and alignment and in blocks of exactly the sizes needed.
+TEST(CodePages, ConvertUnitByUnit) {
     std::mt19937 random(5);
-    auto below = [&random](unsigned limit) { return static_cast<unsigned>(random() % limit); };
-    for (int round = 0; round < 2000; ++round) {
-        CodePage const & page = pageOf(parts[below(std::size(parts))]);
+    for (int const part : parts) {
+        CodePage const & page = pageOf(part);
+        std::string expectedByte(0x10000, '?'); // of those with one unit the first
+        for (std::size_t entry = page.entryCount; entry-- > 0;) {
+            expectedByte[page.entries[entry].unicode] = static_cast<char>(page.entries[entry].code);
+        }
         std::string bytes;
-        std::u16string units;
-        for (unsigned count = below(200); count > 0; --count) {
+        Units units;
+        Units all;
+        for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
             // Stretches of ASCII and of the page's own units.
-            auto const byte = static_cast<unsigned char>(below(2) == 0 ? 0x20 + below(0x5F) : 1 + below(255));
-            bytes += static_cast<char>(byte);
-            units += static_cast<char16_t>(page.units[byte]);
+            bytes += static_cast<char>(random() % (unit & 64 ? 0x80 : 0x100));
+            units.push_back(page.units[static_cast<unsigned char>(bytes.back())]);
+            all.push_back(static_cast<unsigned short int>(unit));
         }
-        _WideString decoded;
-        decodeTo(page, {bytes.data(), bytes.size()}, decoded);
-        ASSERT_EQ(textOf(decoded), units);
-        std::string expected;
-        for (char16_t & unit : units) {
-            // Now and then anything.
-            unit = below(40) == 0 ? static_cast<char16_t>(1 + below(0xFFFF)) : unit;
-            _DataString byte;
-            encodeTo(page, viewOf(wideText({unit})), byte);
-            expected += byte.getAt(0);
+        for (Kernel const kernel : {Kernel::plain, Kernel::avx512}) {
+            if (!isAvailable(kernel)) {
+                continue;
+            }
+            SCOPED_TRACE(std::to_string(part) + ' ' + std::to_string(static_cast<int>(kernel)));
+            std::string encoded(all.size(), '#');
+            encode(kernel, page, {all.data(), all.size()}, encoded.data());
+            ASSERT_EQ(encoded, expectedByte);
+            for (std::size_t length = 0; length <= 200; ++length) {
+                std::string const source = bytes.substr(length * 3, length);
+                Units const expected(units.begin() + static_cast<std::ptrdiff_t>(length * 3),
+                                     units.begin() + static_cast<std::ptrdiff_t>(length * 4));
+                std::unique_ptr<unsigned short int[]> const target(new unsigned short int[length]);
+                decode(kernel, page, {source.data(), length}, target.get());
+                ASSERT_EQ(Units(target.get(), target.get() + length), expected);
+                std::unique_ptr<char[]> const back(new char[length]);
+                encode(kernel, page, {target.get(), length}, back.get());
+                for (std::size_t index = 0; index < length; ++index) {
+                    ASSERT_EQ(back[index], expectedByte[expected[index]]) << length;
+                }
+            }
         }
-        _DataString encoded;
-        encodeTo(page, viewOf(wideText(units)), encoded);
-        ASSERT_EQ(textOf(encoded), expected);
     }
 }
 

@@ -148,6 +148,7 @@ TEST(Width, WidensNarrowsAndMeasuresAnyLength) {
         for (std::size_t stop = 0; stop <= length; ++stop) {
             // Every alignment.
             ASSERT_EQ(unitLength(units.data() + length - stop), stop);
+            ASSERT_EQ(unitLength(units.data() + length - stop, stop / 2), stop / 2);
             auto stopping = units;
             stopping[stop] = 0x100;
             std::string narrowed(length, 'x');

@@ -24,18 +24,19 @@ void expectAllKernelsAgree(std::string const & text) {
     std::copy(text.begin(), text.end(), bytes.get());
     DataView const source = {bytes.get(), text.size()};
     Units units(text.size());
-    utf8::Reading const expected = utf8::decode(utf8::Kernel::plain, source, units.data());
+    utf8::Reading const expected = utf8::decode(Kernel::plain, source, units.data());
     units.resize(expected.units);
     std::string written(units.size() * 3, '#');
-    written.resize(utf8::encode(utf8::Kernel::plain, {units.data(), units.size()}, written.data()));
-    for (utf8::Kernel const kernel : {utf8::Kernel::plain, utf8::Kernel::ssse3, utf8::Kernel::avx512}) {
-        if (!utf8::isAvailable(kernel)) {
+    written.resize(utf8::encode(Kernel::plain, {units.data(), units.size()}, written.data()));
+    for (Kernel const kernel : {Kernel::plain, Kernel::ssse3, Kernel::avx512}) {
+        if (!isAvailable(kernel)) {
             continue;
         }
         SCOPED_TRACE(static_cast<int>(kernel));
         Units target(units.size() + 16, untouched);
         utf8::Reading const decoded = utf8::decode(kernel, source, target.data());
-        for (utf8::Reading const & reading : {utf8::countUnits(kernel, source), decoded}) {
+        for (utf8::Reading const & reading :
+             {utf8::countUnits(kernel, source), decoded, utf8::countUnits(text.c_str())}) {
             ASSERT_EQ(reading.units, expected.units);
             ASSERT_EQ(reading.index, expected.index);
             ASSERT_EQ(reading.fault, expected.fault);
@@ -50,6 +51,16 @@ void expectAllKernelsAgree(std::string const & text) {
         ASSERT_EQ(utf8::encode(kernel, {target.data(), target.size()}, encoded.data()), written.size());
         ASSERT_EQ(encoded, written + std::string(16, '#'));
     }
+    // A zero-closed text, which a unit of value 0 would end.
+    Units closed(units.size() + 1);
+    ASSERT_EQ(utf8::decode(text.c_str(), closed.data()).units, units.size());
+    ASSERT_TRUE(std::equal(units.begin(), units.end(), closed.begin()));
+    if (!expected.hasZero) {
+        ASSERT_EQ(utf8::countBytes(closed.data()), written.size());
+        std::string encoded(written.size(), '#');
+        ASSERT_EQ(utf8::encode(closed.data(), encoded.data()), written.size());
+        ASSERT_EQ(encoded, written);
+    }
 }
 
 TEST(Utf8, SequencesReadTheSameAcrossEveryBlockEdge) {
@@ -59,7 +70,8 @@ TEST(Utf8, SequencesReadTheSameAcrossEveryBlockEdge) {
     std::string const fillers[] = {"a", "\xD0\x96", "\xE4\xB8\xAD", "a\xE2\x82\xAC \xC3\xA9s"};
     for (std::string const & piece : pieces) {
         for (std::string const & filler : fillers) {
-            for (std::size_t before = 0; before <= 200; ++before) {
+            // Up to and around the stretch in which zero-closed texts are measured.
+            for (std::size_t before = 0; before <= 0x2001; before = before == 200 ? 0x1FFC : before + 1) {
                 std::string text;
                 while (text.size() + filler.size() <= before) {
                     text += filler;
@@ -80,9 +92,9 @@ TEST(Utf8, EveryUnitSurvivesTheRoundTrip) {
         units.push_back(static_cast<unsigned short int>(unit));
     }
     std::string text(units.size() * 3, '#');
-    text.resize(utf8::encode(utf8::Kernel::plain, {units.data(), units.size()}, text.data()));
+    text.resize(utf8::encode(Kernel::plain, {units.data(), units.size()}, text.data()));
     Units read(text.size());
-    read.resize(utf8::decode(utf8::Kernel::plain, {text.data(), text.size()}, read.data()).units);
+    read.resize(utf8::decode(Kernel::plain, {text.data(), text.size()}, read.data()).units);
     ASSERT_EQ(read, units);
     // The sums of the counting pass hold beyond one round of its lanes.
     std::string longText;

@@ -1,5 +1,6 @@
 #include <morvane/encodings/code_page.h>
 
+#include <algorithm>
 #include <cstddef>
 
 namespace morvane {
@@ -12,17 +13,44 @@ constexpr std::size_t byteValues = 256;
 constexpr std::size_t firstUpper = 0xA0;
 constexpr std::size_t upperBytes = byteValues - firstUpper;
 
+constexpr std::size_t mostPlanes = 4;
+
 /// A code page as it stands in memory: the published record, and behind it what makes the conversions fast.
 template <std::size_t Entries>
 struct CodePageRecord {
     unsigned short int name[nameUnits]{};
     CodePageEntry entries[Entries]{};
     unsigned short int units[byteValues]{};
-    unsigned short int search[upperBytes]{};
-    unsigned char stretchFirst[upperBytes]{};
-    unsigned char stretchLast[upperBytes]{};
+    alignas(64) unsigned char upperLow[byteValues / 2]{};
+    alignas(64) unsigned char upperHigh[byteValues / 2]{};
+    CodePagePlane planes[mostPlanes + 1]{};
+    unsigned char planeOf[byteValues]{};
+    std::size_t planeCount = 0;
     bool isIdentity = true;
 };
+
+/// Fills what encodes the entries that stand there: of those with one unit the first.
+template <std::size_t Entries>
+consteval void fillPlanes(CodePageRecord<Entries> & record) {
+    constexpr unsigned char none = mostPlanes;
+    std::fill_n(record.planeOf, byteValues, none);
+    for (CodePagePlane & plane : record.planes) {
+        std::fill_n(plane.bytes, byteValues, static_cast<unsigned char>('?'));
+    }
+    for (CodePageEntry const & entry : record.entries) {
+        unsigned char & index = record.planeOf[entry.unicode >> 8];
+        if (index == none) {
+            // A page of too many planes fails the compilation here.
+            index = static_cast<unsigned char>(record.planeCount++);
+            record.planes[index].highByte = static_cast<char>(entry.unicode >> 8);
+        }
+        unsigned char & byte = record.planes[index].bytes[entry.unicode & 0xFF];
+        byte = byte == '?' ? static_cast<unsigned char>(entry.code) : byte;
+    }
+    if (record.planeCount > mostPlanes) {
+        throw record.planeCount;
+    }
+}
 
 /// Makes a page from what the bytes 0xA0 to 0xFF stand for: "-" is an undefined position, which stands for its own
 /// value, and a blank one without an entry.
@@ -30,9 +58,7 @@ template <std::size_t Entries>
 consteval CodePageRecord<Entries> makeRecord(char16_t const (&name)[nameUnits],
                                              char16_t const (&upper)[upperBytes + 1]) {
     CodePageRecord<Entries> record;
-    for (std::size_t index = 0; index < nameUnits; ++index) {
-        record.name[index] = name[index];
-    }
+    std::copy_n(name, nameUnits, record.name);
     std::size_t entry = 0;
     for (std::size_t byte = 0; byte < byteValues; ++byte) {
         auto const code = static_cast<unsigned short int>(byte);
@@ -41,31 +67,20 @@ consteval CodePageRecord<Entries> makeRecord(char16_t const (&name)[nameUnits],
         auto const unit = published > u'-' ? static_cast<unsigned short int>(published) : code;
         record.units[byte] = unit;
         record.isIdentity = record.isIdentity && unit == byte;
-        if (published == u' ') {
-            continue;
+        if (byte >= byteValues / 2) {
+            record.upperLow[byte - byteValues / 2] = static_cast<unsigned char>(unit & 0xFF);
+            record.upperHigh[byte - byteValues / 2] = static_cast<unsigned char>(unit >> 8);
         }
-        // Only the first byte of a unit is ever given by the search.
-        bool isFirst = true;
-        for (std::size_t before = 0; before < entry; ++before) {
-            isFirst = isFirst && record.entries[before].unicode != unit;
-        }
-        if (isFirst && byte >= firstUpper) {
-            record.search[byte - firstUpper] = unit;
-        }
-        record.entries[entry++] = {code, unit, static_cast<unsigned short int>(isDefined ? 1 : 0)};
-    }
-    for (std::size_t first = 0, last = 0; first < upperBytes; first = ++last) {
-        while (last + 1 < upperBytes && record.search[last] != 0
-               && record.search[last + 1] == record.search[last] + 1) {
-            ++last;
-        }
-        for (std::size_t index = first; index <= last; ++index) {
-            record.stretchFirst[index] = static_cast<unsigned char>(first);
-            record.stretchLast[index] = static_cast<unsigned char>(last);
+        if (published != u' ') {
+            record.entries[entry++] = {code, unit, static_cast<unsigned short int>(isDefined ? 1 : 0)};
         }
     }
     // Too few or too many entries fail the compilation here or above.
-    return entry == Entries ? record : throw entry;
+    if (entry != Entries) {
+        throw entry;
+    }
+    fillPlanes(record);
+    return record;
 }
 
 // clang-format off
@@ -155,8 +170,8 @@ constexpr auto latin9 = makeRecord<256>(u"ISO-8859-15    ",
 
 template <std::size_t Entries>
 constexpr CodePage pageOf(CodePageRecord<Entries> const & record) {
-    return {record.name,         record.entries,     Entries,          record.units, record.search,
-            record.stretchFirst, record.stretchLast, record.isIdentity};
+    return {record.name,      record.entries,    Entries,       record.units,      record.upperLow,
+            record.upperHigh, record.isIdentity, record.planes, record.planeCount, record.planeOf};
 }
 
 constexpr std::int32_t firstFormat = 16;

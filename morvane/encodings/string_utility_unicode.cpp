@@ -14,13 +14,12 @@ _StringUtility::StringUtilError _StringUtility::convertUTF8StringToWideString(ch
         message = u"bad input string"_w;
         return utilErrorBadInput;
     }
-    DataView const text = viewOf(source);
-    utf8::Reading const reading = target == nullptr ? utf8::countUnits(text) : utf8::decode(text, target);
+    utf8::Reading const reading = target == nullptr ? utf8::countUnits(source) : utf8::decode(source, target);
     count = static_cast<std::int32_t>(reading.units);
     if (reading.fault == utf8::Fault::none) {
         return utilErrorNone;
     }
-    utf8::describeFault(reading, text.length, message);
+    utf8::describeFault(reading, unitLength(source), message);
     return utilErrorConversion;
 }
 
@@ -29,8 +28,7 @@ bool _StringUtility::convertWideStringToUTF8String(unsigned short int const * so
     if (source == nullptr) {
         return false;
     }
-    WideView const text = viewOf(source);
-    count = static_cast<std::int32_t>(target == nullptr ? utf8::countBytes(text) : utf8::encode(text, target));
+    count = static_cast<std::int32_t>(target == nullptr ? utf8::countBytes(source) : utf8::encode(source, target));
     return true;
 }
 

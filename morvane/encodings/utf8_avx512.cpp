@@ -1,6 +1,6 @@
 #include <morvane/encodings/utf8_kernels.h>
 
-#ifdef MORVANE_UTF8_X86
+#if MORVANE_HAS_KERNELS
 
 #include <algorithm>
 #include <bit>
@@ -12,7 +12,7 @@
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #endif
 
-#define MORVANE_AVX512 __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi,bmi2,popcnt")))
+#define MORVANE_AVX512 __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,bmi,bmi2,popcnt")))
 
 namespace morvane::utf8 {
 
@@ -25,15 +25,18 @@ MORVANE_AVX512 inline std::uint64_t lowBits(std::size_t count) noexcept {
     return _bzhi_u64(~std::uint64_t{0}, static_cast<unsigned>(count));
 }
 
+MORVANE_AVX512 inline std::size_t countBits(std::uint64_t bits) noexcept {
+    return static_cast<std::size_t>(_mm_popcnt_u64(bits));
+}
+
 /// Up to 64 bytes, a bit a byte. A sequence belongs to the block that its last byte stands in.
 struct Block {
     __m512i bytes;
-    std::uint64_t present;      ///< the bytes that there are
     std::uint64_t continuation; ///< 0x80 to 0xBF
     std::uint64_t third;        ///< the last bytes of sequences of three
     std::uint64_t ends;         ///< the last bytes of all sequences
     bool isAscii;
-    bool isWellFormed;
+    bool isWellFormed; ///< as far as it goes: what the last bytes leave unfinished is the next block's
 };
 
 /// What a block leaves to the next one: bits for the bytes there, from its first on.
@@ -41,15 +44,12 @@ struct Carry {
     std::uint64_t continuation = 0; ///< bytes that must be continuations
     std::uint64_t second = 0;       ///< the last byte of a sequence of two
     std::uint64_t third = 0;        ///< the last byte of a sequence of three
-
-    /// Bytes of the sequence that the next block finishes.
-    std::size_t bytes() const noexcept { return (third & 1) != 0 ? 2 : continuation & 1; }
 };
 
-MORVANE_AVX512 inline Block readBlock(char const * source, std::size_t rest, Carry & carry) noexcept {
+MORVANE_AVX512 inline Block readBlock(char const * source, std::size_t count, Carry & carry) noexcept {
     Block block;
-    block.present = lowBits(std::min(rest, blockBytes));
-    block.bytes = _mm512_maskz_loadu_epi8(block.present, source);
+    std::uint64_t const present = lowBits(count);
+    block.bytes = _mm512_maskz_loadu_epi8(present, source);
     std::uint64_t const high = _mm512_movepi8_mask(block.bytes);
     block.isAscii = (high | carry.continuation) == 0;
     if (block.isAscii) {
@@ -62,122 +62,180 @@ MORVANE_AVX512 inline Block readBlock(char const * source, std::size_t rest, Car
     std::uint64_t const bad = _mm512_cmpge_epu8_mask(block.bytes, _mm512_set1_epi8(-0x10));
     std::uint64_t const lead = high & ~block.continuation;
     std::uint64_t const leadOfTwo = lead & ~leadOfThree;
-    block.third = leadOfThree << 2 | carry.third;
-    block.ends = (~high & block.present) | leadOfTwo << 1 | carry.second | block.third;
     std::uint64_t const expected = lead << 1 | leadOfThree << 2 | carry.continuation;
-    // Equal also beyond the last byte: a sequence that the text does not finish is not well formed.
-    block.isWellFormed = expected == block.continuation && bad == 0;
+    block.third = leadOfThree << 2 | carry.third;
+    block.ends = (~high | leadOfTwo << 1 | carry.second | block.third) & present;
+    block.isWellFormed = (((expected ^ block.continuation) & present) | bad) == 0;
     carry = {lead >> 63 | leadOfThree >> 62, leadOfTwo >> 63, leadOfThree >> 62};
     return block;
+}
+
+/// The bytes in front of `end`, behind `start`, that begin a sequence which goes on there.
+std::size_t unfinishedBytes(char const * start, char const * end) noexcept {
+    auto const isAbove = [=](std::ptrdiff_t back, unsigned bound) {
+        return end - start >= back && static_cast<unsigned char>(end[-back]) >= bound;
+    };
+    return isAbove(1, 0xC0) ? 1 : isAbove(2, 0xE0) ? 2 : 0;
+}
+
+MORVANE_AVX512 inline bool isAscii(char const * bytes) noexcept {
+    return _mm512_movepi8_mask(_mm512_loadu_si512(bytes)) == 0;
+}
+
+/// The same for four blocks.
+MORVANE_AVX512 inline bool areAscii(char const * bytes) noexcept {
+    __m512i const front = _mm512_or_si512(_mm512_loadu_si512(bytes), _mm512_loadu_si512(bytes + blockBytes));
+    __m512i const back =
+        _mm512_or_si512(_mm512_loadu_si512(bytes + 2 * blockBytes), _mm512_loadu_si512(bytes + 3 * blockBytes));
+    return _mm512_movepi8_mask(_mm512_or_si512(front, back)) == 0;
+}
+
+MORVANE_AVX512 inline __m512i widened(__m256i bytes) noexcept {
+    return _mm512_cvtepu8_epi16(bytes);
+}
+
+MORVANE_AVX512 inline void widenBlock(char const * source, unsigned short int * target) noexcept {
+    auto const * const halves = reinterpret_cast<__m256i const *>(source);
+    _mm512_storeu_si512(target, widened(_mm256_loadu_si256(halves)));
+    _mm512_storeu_si512(target + blockBytes / 2, widened(_mm256_loadu_si256(halves + 1)));
 }
 
 MORVANE_AVX512 inline void storeUnits(unsigned short int * target, __m512i value, std::size_t count) noexcept {
     _mm512_mask_storeu_epi16(target, static_cast<__mmask32>(lowBits(count)), value);
 }
 
-/// Widens the low and high bytes of up to 32 units and stores them. True when one is 0.
-MORVANE_AVX512 inline bool join(__m256i low, __m256i high, std::size_t count, unsigned short int * target) noexcept {
-    __m512i const units = _mm512_or_si512(_mm512_cvtepu8_epi16(low), _mm512_slli_epi16(_mm512_cvtepu8_epi16(high), 8));
-    auto const present = static_cast<__mmask32>(lowBits(count));
-    _mm512_mask_storeu_epi16(target, present, units);
-    return _mm512_mask_testn_epi16_mask(present, units, units) != 0;
+/// The indices that put the bytes `first` to `first` + 31 of two registers side by side, as halves of units.
+MORVANE_AVX512 inline __m512i interleaving(short first) noexcept {
+    __m512i const ascending = _mm512_set_epi16(31, 30, 29, 28, 27, 26, 25, 24, 23, 22, 21, 20, 19, 18, 17, 16, 15, 14,
+                                               13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
+    __m512i const low = _mm512_add_epi16(ascending, _mm512_set1_epi16(first));
+    return _mm512_or_si512(low, _mm512_slli_epi16(_mm512_add_epi16(low, _mm512_set1_epi16(64)), 8));
 }
 
 } // namespace
 
 MORVANE_AVX512 void countRunAvx512(DataView source, Reading & reading) noexcept {
+    char const * const start = source.data + reading.index;
+    char const * at = start;
     Carry carry;
-    std::size_t index = reading.index;
     std::size_t units = reading.units;
-    std::size_t unfinished = 0;
-    while (index < source.length) {
-        std::size_t const rest = source.length - index;
-        unfinished = carry.bytes();
-        Block const block = readBlock(source.data + index, rest, carry);
+    while (at < source.end()) {
+        std::size_t const count = std::min(static_cast<std::size_t>(source.end() - at), blockBytes);
+        Block const block = readBlock(at, count, carry);
         if (!block.isWellFormed) {
             break;
         }
-        index += std::min(rest, blockBytes);
-        units += block.isAscii ? std::min(rest, blockBytes) : static_cast<std::size_t>(_mm_popcnt_u64(block.ends));
-        unfinished = carry.bytes();
+        at += count;
+        if (!block.isAscii) {
+            units += countBits(block.ends);
+            continue;
+        }
+        units += count;
+        for (; source.end() - at >= std::ptrdiff_t{4 * blockBytes} && areAscii(at); at += 4 * blockBytes) {
+            units += 4 * blockBytes;
+        }
     }
-    reading.index = index - unfinished;
+    reading.index = static_cast<std::size_t>(at - source.data) - unfinishedBytes(start, at);
     reading.units = units;
 }
 
 MORVANE_AVX512 void decodeRunAvx512(DataView source, unsigned short int * target, Reading & reading) noexcept {
     constexpr std::size_t half = blockBytes / 2;
+    __m512i const firstHalf = interleaving(0);
+    __m512i const secondHalf = interleaving(half);
+    char const * const start = source.data + reading.index;
+    char const * at = start;
     Carry carry;
-    std::size_t index = reading.index;
-    std::size_t unfinished = 0;
     unsigned short int * units = target + reading.units;
-    bool hasZero = false;
-    while (index < source.length) {
-        char const * const start = source.data + index;
-        std::size_t const rest = source.length - index;
-        unfinished = carry.bytes();
-        Block const block = readBlock(start, rest, carry);
+    __mmask64 zeros = 0;
+    while (at < source.end()) {
+        std::size_t const count = std::min(static_cast<std::size_t>(source.end() - at), blockBytes);
+        Block const block = readBlock(at, count, carry);
         if (!block.isWellFormed) {
             break;
         }
-        std::size_t const bytes = std::min(rest, blockBytes);
-        index += bytes;
-        unfinished = carry.bytes();
         if (block.isAscii) {
-            storeUnits(units, _mm512_cvtepu8_epi16(_mm512_castsi512_si256(block.bytes)), std::min(bytes, half));
-            if (bytes > half) {
-                storeUnits(units + half, _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(block.bytes, 1)), bytes - half);
+            storeUnits(units, widened(_mm512_castsi512_si256(block.bytes)), std::min(count, half));
+            storeUnits(units + half, widened(_mm512_extracti64x4_epi64(block.bytes, 1)), count - std::min(count, half));
+            at += count;
+            units += count;
+            for (; source.end() - at >= std::ptrdiff_t{blockBytes} && isAscii(at); at += blockBytes) {
+                widenBlock(at, units);
+                units += blockBytes;
             }
-            units += bytes;
             continue;
         }
         // At the last byte of each sequence the two halves of its unit are put together from that byte and the two in
-        // front of it; then the other bytes are dropped.
-        __m512i const second = _mm512_maskz_loadu_epi8(block.continuation, start - 1);
-        __m512i const first = _mm512_maskz_loadu_epi8(block.third, start - 2);
+        // front of it; then the other places are dropped.
+        __m512i const second = _mm512_maskz_loadu_epi8(block.continuation, at - 1);
+        __m512i const first = _mm512_maskz_loadu_epi8(block.third, at - 2);
         __m512i const low = _mm512_or_si512(_mm512_and_si512(block.bytes, _mm512_set1_epi8(0x7F)),
                                             _mm512_slli_epi16(_mm512_and_si512(second, _mm512_set1_epi8(0x03)), 6));
         __m512i const high = _mm512_or_si512(_mm512_srli_epi16(_mm512_and_si512(second, _mm512_set1_epi8(0x3C)), 2),
                                              _mm512_slli_epi16(_mm512_and_si512(first, _mm512_set1_epi8(0x0F)), 4));
-        __m512i const lows = _mm512_maskz_compress_epi8(block.ends, low);
-        __m512i const highs = _mm512_maskz_compress_epi8(block.ends, high);
-        auto const count = static_cast<std::size_t>(_mm_popcnt_u64(block.ends));
-        hasZero |= join(_mm512_castsi512_si256(lows), _mm512_castsi512_si256(highs), std::min(count, half), units);
-        if (count > half) {
-            hasZero |= join(_mm512_extracti64x4_epi64(lows, 1), _mm512_extracti64x4_epi64(highs, 1), count - half,
-                            units + half);
-        }
-        units += count;
+        __m512i const any = _mm512_or_si512(low, high);
+        zeros |= _mm512_mask_testn_epi8_mask(block.ends, any, any);
+        auto const firstEnds = static_cast<__mmask32>(block.ends);
+        auto const secondEnds = static_cast<__mmask32>(block.ends >> half);
+        __m512i const firstUnits = _mm512_permutex2var_epi8(low, firstHalf, high);
+        __m512i const secondUnits = _mm512_permutex2var_epi8(low, secondHalf, high);
+        std::size_t const firstCount = countBits(firstEnds);
+        std::size_t const secondCount = countBits(secondEnds);
+        storeUnits(units, _mm512_maskz_compress_epi16(firstEnds, firstUnits), firstCount);
+        units += firstCount;
+        storeUnits(units, _mm512_maskz_compress_epi16(secondEnds, secondUnits), secondCount);
+        units += secondCount;
+        at += count;
     }
-    reading.index = index - unfinished;
+    reading.index = static_cast<std::size_t>(at - source.data) - unfinishedBytes(start, at);
     reading.units = static_cast<std::size_t>(units - target);
-    reading.hasZero |= hasZero;
+    reading.hasZero |= zeros != 0;
 }
 
+namespace {
+
+constexpr std::size_t stepUnits = 32;
+
+/// True when 64 units are all below 0x80.
+MORVANE_AVX512 inline bool areAscii(unsigned short int const * units) noexcept {
+    __m512i const any = _mm512_or_si512(_mm512_loadu_si512(units), _mm512_loadu_si512(units + stepUnits));
+    return _mm512_test_epi16_mask(any, _mm512_set1_epi16(static_cast<short>(0xFF80))) == 0;
+}
+
+} // namespace
+
 MORVANE_AVX512 std::size_t countBytesAvx512(WideView source) noexcept {
-    constexpr std::size_t step = 32;
     std::size_t bytes = source.length;
-    for (std::size_t index = 0; index < source.length; index += step) {
-        auto const present = static_cast<__mmask32>(lowBits(std::min(source.length - index, step)));
+    for (std::size_t index = 0; index < source.length; index += stepUnits) {
+        while (source.length - index >= 2 * stepUnits && areAscii(source.data + index)) {
+            index += 2 * stepUnits;
+        }
+        auto const present = static_cast<__mmask32>(lowBits(std::min(source.length - index, stepUnits)));
         __m512i const units = _mm512_maskz_loadu_epi16(present, source.data + index);
-        __mmask32 const notAscii = _mm512_cmpgt_epu16_mask(units, _mm512_set1_epi16(0x7F));
-        __mmask32 const isLong = _mm512_cmpgt_epu16_mask(units, _mm512_set1_epi16(0x7FF));
-        bytes += static_cast<std::size_t>(_mm_popcnt_u32(notAscii)) + static_cast<std::size_t>(_mm_popcnt_u32(isLong));
+        bytes += countBits(_mm512_cmpgt_epu16_mask(units, _mm512_set1_epi16(0x7F)));
+        bytes += countBits(_mm512_cmpgt_epu16_mask(units, _mm512_set1_epi16(0x7FF)));
     }
     return bytes;
 }
 
 MORVANE_AVX512 std::size_t encodeAvx512(WideView source, char * target) noexcept {
-    constexpr std::size_t step = 32;
     char * end = target;
-    for (std::size_t index = 0; index < source.length; index += step) {
-        std::size_t const count = std::min(source.length - index, step);
+    for (std::size_t index = 0; index < source.length; index += stepUnits) {
+        std::size_t const count = std::min(source.length - index, stepUnits);
         auto const present = static_cast<__mmask32>(lowBits(count));
         __m512i const units = _mm512_maskz_loadu_epi16(present, source.data + index);
         __mmask32 const notAscii = _mm512_cmpgt_epu16_mask(units, _mm512_set1_epi16(0x7F));
         if (notAscii == 0) {
             _mm256_mask_storeu_epi8(end, present, _mm512_cvtepi16_epi8(units));
             end += count;
+            for (; source.length - index >= 3 * stepUnits && areAscii(source.data + index + stepUnits);
+                 index += 2 * stepUnits) {
+                auto const * const next = source.data + index + stepUnits;
+                auto * const halves = reinterpret_cast<__m256i *>(end);
+                _mm256_storeu_si256(halves, _mm512_cvtepi16_epi8(_mm512_loadu_si512(next)));
+                _mm256_storeu_si256(halves + 1, _mm512_cvtepi16_epi8(_mm512_loadu_si512(next + stepUnits)));
+                end += 2 * stepUnits;
+            }
             continue;
         }
         __m512i const low = _mm512_set1_epi16(0x3F);
@@ -188,12 +246,12 @@ MORVANE_AVX512 std::size_t encodeAvx512(WideView source, char * target) noexcept
             __m512i const bytes = _mm512_mask_mov_epi16(units, notAscii, pairs);
             // The first byte of every unit, the second of those of two.
             std::uint64_t const kept = _pdep_u64(present, 0x5555555555555555) | _pdep_u64(notAscii, 0xAAAAAAAAAAAAAAAA);
-            auto const size = static_cast<std::size_t>(_mm_popcnt_u64(kept));
+            std::size_t const size = countBits(kept);
             _mm512_mask_storeu_epi8(end, lowBits(size), _mm512_maskz_compress_epi8(kept, bytes));
             end += size;
             continue;
         }
-        for (std::size_t half = 0; half < count; half += step / 2) {
+        for (std::size_t half = 0; half < count; half += stepUnits / 2) {
             auto const halfPresent = static_cast<__mmask16>(present >> half);
             __m512i const value =
                 _mm512_cvtepu16_epi32(half == 0 ? _mm512_castsi512_si256(units) : _mm512_extracti64x4_epi64(units, 1));
@@ -211,7 +269,7 @@ MORVANE_AVX512 std::size_t encodeAvx512(WideView source, char * target) noexcept
             keep = _mm512_mask_or_epi32(keep, isHigh, keep, _mm512_set1_epi32(0xFF00));
             keep = _mm512_mask_or_epi32(keep, isLong, keep, _mm512_set1_epi32(0xFF));
             __mmask64 const kept = _mm512_movepi8_mask(keep);
-            auto const size = static_cast<std::size_t>(_mm_popcnt_u64(kept));
+            std::size_t const size = countBits(kept);
             _mm512_mask_storeu_epi8(end, lowBits(size), _mm512_maskz_compress_epi8(kept, bytes));
             end += size;
         }

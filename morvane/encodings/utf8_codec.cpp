@@ -16,6 +16,8 @@ using namespace morvane::literals;
 constexpr std::size_t shortText = 16;
 /// How many bytes the plain step takes where a run has stopped, before the next run is tried.
 constexpr std::size_t plainStretch = 16;
+/// How many units of a zero-closed text are measured at a time: they stay in the nearest cache until they are read.
+constexpr std::size_t measuredStretch = 0x2000;
 
 /// Takes sequences until `reading` stands at `stop` or behind it; false on a fault. A null target only counts.
 template <bool hasTarget>
@@ -62,27 +64,61 @@ bool takePlain(DataView source, std::size_t stop, unsigned short int * target, R
     return fault == Fault::none;
 }
 
+/// Takes sequences until `reading` stands at `stop` or behind it, or on a fault.
 template <bool hasTarget>
-Reading read(Kernel kernel, DataView source, unsigned short int * target) noexcept {
-    Reading reading;
-    if (kernel == Kernel::plain || source.length < shortText) {
-        takePlain<hasTarget>(source, source.length, target, reading);
-        return reading;
+void read(Kernel kernel, DataView source, std::size_t stop, unsigned short int * target, Reading & reading) noexcept {
+    if (kernel == Kernel::plain || source.length - reading.index < shortText) {
+        takePlain<hasTarget>(source, stop, target, reading);
+        return;
     }
-#ifdef MORVANE_UTF8_X86
+#if MORVANE_HAS_KERNELS
     for (;;) {
         if constexpr (hasTarget) {
             (kernel == Kernel::avx512 ? decodeRunAvx512 : decodeRunSsse3)(source, target, reading);
         } else {
             (kernel == Kernel::avx512 ? countRunAvx512 : countRunSse2)(source, reading);
         }
-        std::size_t const stop = std::min(source.length, reading.index + plainStretch);
-        if (reading.index >= source.length || !takePlain<hasTarget>(source, stop, target, reading)) {
+        if (reading.index >= stop
+            || !takePlain<hasTarget>(source, std::min(stop, reading.index + plainStretch), target, reading)) {
             break;
         }
     }
 #endif
+}
+
+template <bool hasTarget>
+Reading read(Kernel kernel, DataView source, unsigned short int * target) noexcept {
+    Reading reading;
+    read<hasTarget>(kernel, source, source.length, target, reading);
     return reading;
+}
+
+template <bool hasTarget>
+Reading readClosed(Kernel kernel, char const * source, unsigned short int * target) noexcept {
+    Reading reading;
+    std::size_t length = 0;
+    bool isEnd = false;
+    while (!isEnd && reading.fault == Fault::none) {
+        std::size_t const more = unitLength(source + length, measuredStretch);
+        length += more;
+        isEnd = more < measuredStretch;
+        // A sequence that begins in front of the last two bytes ends here.
+        read<hasTarget>(kernel, {source, length}, isEnd ? length : length - 2, target, reading);
+    }
+    return reading;
+}
+
+/// Hands a zero-closed text over stretch by stretch and gives the sum of what `work` makes of each.
+template <typename Work>
+std::size_t sumStretches(unsigned short int const * source, Work work) noexcept {
+    std::size_t sum = 0;
+    std::size_t count = measuredStretch;
+    while (count == measuredStretch) {
+        count = unitLength(source, measuredStretch);
+        sum += work(WideView{source, count}, sum);
+        source += count;
+    }
+    return sum;
 }
 
 std::size_t countBytesPlain(WideView source) noexcept {
@@ -112,30 +148,6 @@ std::size_t encodePlain(WideView source, char * target) noexcept {
 
 } // namespace
 
-bool isAvailable(Kernel kernel) noexcept {
-#ifdef MORVANE_UTF8_X86
-    switch (kernel) {
-    case Kernel::plain:
-        return true;
-    case Kernel::ssse3:
-        return __builtin_cpu_supports("ssse3");
-    case Kernel::avx512:
-        return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl")
-               && __builtin_cpu_supports("avx512vbmi2");
-    }
-    return false;
-#else
-    return kernel == Kernel::plain;
-#endif
-}
-
-Kernel bestKernel() noexcept {
-    if (isAvailable(Kernel::avx512)) {
-        return Kernel::avx512;
-    }
-    return isAvailable(Kernel::ssse3) ? Kernel::ssse3 : Kernel::plain;
-}
-
 Reading countUnits(Kernel kernel, DataView source) noexcept {
     return read<false>(kernel, source, nullptr);
 }
@@ -145,7 +157,7 @@ Reading decode(Kernel kernel, DataView source, unsigned short int * target) noex
 }
 
 std::size_t countBytes([[maybe_unused]] Kernel kernel, WideView source) noexcept {
-#ifdef MORVANE_UTF8_X86
+#if MORVANE_HAS_KERNELS
     if (kernel != Kernel::plain && source.length >= shortText) {
         return kernel == Kernel::avx512 ? countBytesAvx512(source) : countBytesSse2(source);
     }
@@ -154,7 +166,7 @@ std::size_t countBytes([[maybe_unused]] Kernel kernel, WideView source) noexcept
 }
 
 std::size_t encode([[maybe_unused]] Kernel kernel, WideView source, char * target) noexcept {
-#ifdef MORVANE_UTF8_X86
+#if MORVANE_HAS_KERNELS
     if (kernel != Kernel::plain && source.length >= shortText) {
         return kernel == Kernel::avx512 ? encodeAvx512(source, target) : encodeSsse3(source, target);
     }
@@ -168,6 +180,14 @@ Reading countUnits(DataView source) noexcept {
 
 Reading decode(DataView source, unsigned short int * target) noexcept {
     return decode(bestKernel(), source, target);
+}
+
+Reading countUnits(char const * source) noexcept {
+    return readClosed<false>(bestKernel(), source, nullptr);
+}
+
+Reading decode(char const * source, unsigned short int * target) noexcept {
+    return readClosed<true>(bestKernel(), source, target);
 }
 
 Reading decodeTo(DataView source, _WideString & result) {
@@ -215,6 +235,17 @@ std::size_t countBytes(WideView source) noexcept {
 
 std::size_t encode(WideView source, char * target) noexcept {
     return encode(bestKernel(), source, target);
+}
+
+std::size_t countBytes(unsigned short int const * source) noexcept {
+    return sumStretches(source,
+                        [kernel = bestKernel()](WideView part, std::size_t) { return countBytes(kernel, part); });
+}
+
+std::size_t encode(unsigned short int const * source, char * target) noexcept {
+    return sumStretches(source, [kernel = bestKernel(), target](WideView part, std::size_t done) {
+        return encode(kernel, part, target + done);
+    });
 }
 
 void encodeTo(WideView source, _DataString & result) {

@@ -33,6 +33,10 @@ Reading countUnits(DataView source) noexcept;
 /// written behind them.
 Reading decode(DataView source, unsigned short int * target) noexcept;
 
+/// The same for a zero-closed text, which is measured as it is read, so that it comes out of memory once.
+Reading countUnits(char const * source) noexcept;
+Reading decode(char const * source, unsigned short int * target) noexcept;
+
 /// Decodes `source`, which holds no zero byte, into a text of exact size that ends at its first zero unit. On a fault
 /// `result` stays as it was. A heap that refuses leaves `result` released.
 Reading decodeTo(DataView source, _WideString & result);
@@ -46,6 +50,10 @@ std::size_t countBytes(WideView source) noexcept;
 /// Encodes `source` into `target`, which has room for the bytes that are counted, and gives their count. Nothing is
 /// written behind them.
 std::size_t encode(WideView source, char * target) noexcept;
+
+/// The same for a zero-closed text, which is measured as it is read.
+std::size_t countBytes(unsigned short int const * source) noexcept;
+std::size_t encode(unsigned short int const * source, char * target) noexcept;
 
 /// Encodes `source` into a text of exact size. An allocator that refuses leaves `result` released.
 void encodeTo(WideView source, _DataString & result);

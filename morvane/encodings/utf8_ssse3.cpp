@@ -1,6 +1,6 @@
 #include <morvane/encodings/utf8_kernels.h>
 
-#ifdef MORVANE_UTF8_X86
+#if MORVANE_HAS_KERNELS
 
 #include <algorithm>
 #include <array>

@@ -21,6 +21,10 @@ inline std::size_t unitLength(char const * text) noexcept {
     return std::char_traits<char>::length(text);
 }
 
+/// The same, but at most `most`: nothing behind the first zero is read.
+std::size_t unitLength(unsigned short int const * text, std::size_t most) noexcept;
+std::size_t unitLength(char const * text, std::size_t most) noexcept;
+
 /// Units that somebody else owns. `data` is never null in a view that the functions of this header make.
 template <typename Unit>
 struct TextView {
