@@ -1,83 +1,29 @@
 #include <morvane/core/memory_block.h>
 
 #include <charconv>
-#include <cstring>
 #include <limits>
 #include <morvane/core/lifecycle.h>
 #include <morvane/core/memory.h>
-#include <morvane/core/memory_chain.h>
-#include <morvane/platform/critical_section_guard.h>
+#include <morvane/core/memory_block_inline.h>
 #include <morvane/platform/debug_output.h>
 #include <new>
 
+using morvane::indexBytes;
 using morvane::MemoryChain;
+using morvane::nodeHeadBytes;
+using morvane::partHeaderBytes;
 using morvane::platform::CriticalSectionGuard;
 
 namespace {
 
-constexpr std::uint32_t partHeaderBytes = 8;
-static_assert(sizeof(_MemoryBlock::_MemoryPart) == partHeaderBytes);
-
-constexpr std::uint32_t nodeHeadBytes = 16;
-static_assert(sizeof(_MemoryBlock::_MemoryNode) <= nodeHeadBytes);
-
 /// An index has 16 bits.
 constexpr std::uint32_t mostUnits = 65536;
-
-constexpr std::uint32_t indexBytes = 2;
 
 char * bytesOf(void * pointer) {
     return static_cast<char *>(pointer);
 }
 
-/// Counts one more unit. The lock keeps other writers out; readers take none.
-void count(std::atomic<std::uint32_t> & units) {
-    units.store(units.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-}
-
-std::uint16_t loadIndex(void const * entry) {
-    std::uint16_t index = 0;
-    std::memcpy(&index, entry, sizeof(index));
-    return index;
-}
-
-void storeIndex(void * entry, std::uint16_t index) {
-    std::memcpy(entry, &index, sizeof(index));
-}
-
 } // namespace
-
-inline void * _MemoryBlock::takeUnit(_MemoryNode * node, bool zeroFill) {
-    if (node == nullptr || node->freeCount == 0) {
-        return nullptr;
-    }
-    if (--node->freeCount == 0 && chain != nullptr) [[unlikely]] {
-        chain->noteFull(node);
-    }
-    std::uint16_t const index = loadIndex(getStack(node) + node->freeCount);
-    void * const pointer = memoryPartToPointer(getPart(node, index));
-    if (zeroFill) {
-        std::memset(pointer, 0, unitSize);
-    }
-    count(allocationCount);
-    return pointer;
-}
-
-inline void _MemoryBlock::giveUnitBack(_MemoryPart * part, _MemoryNode * node) {
-    if (node == nullptr || part == nullptr || node->freeCount >= unitCount) {
-        return;
-    }
-    // A header that was overwritten must not bring an index outside the node onto the stack.
-    std::uint16_t const index = loadIndex(part);
-    if (index >= unitCount) {
-        return;
-    }
-    storeIndex(getStack(node) + node->freeCount, index);
-    if (++node->freeCount == 1 && chain != nullptr) [[unlikely]] {
-        chain->noteOpen(node);
-    }
-    count(unallocationCount);
-}
 
 _MemoryBlock::_MemoryNode * _MemoryBlock::addNode() {
     _MemoryNode * const node = createNode();
@@ -119,15 +65,7 @@ _MemoryBlock & _MemoryBlock::operator=(_MemoryBlock const & other) {
 }
 
 void * _MemoryBlock::allocate(bool zeroFill) {
-    if (chain == nullptr) {
-        return nullptr;
-    }
-    CriticalSectionGuard const guard(chain->protect);
-    _MemoryNode * node = chain->findOpen(nodeSize());
-    if (node == nullptr) [[unlikely]] {
-        node = addNode();
-    }
-    return takeUnit(node, zeroFill);
+    return allocateUnit(zeroFill);
 }
 
 void _MemoryBlock::unallocate(void * pointer) {
@@ -139,15 +77,12 @@ void _MemoryBlock::unallocatePart(_MemoryPart * part) {
         return;
     }
     CriticalSectionGuard const guard(chain->protect);
-    _MemoryNode * const node = chain->findHolder(part, {headSize(), dataSize(), nodeSize()});
-    if (node == nullptr) {
-        return;
-    }
-    giveUnitBack(part, node);
-    if (node->freeCount == unitCount && node != chain->firstNode()) [[unlikely]] {
-        remove(node);
-        destroyNode(node);
-    }
+    takeBack(part, chain->findHolder(part, geometry()));
+}
+
+void _MemoryBlock::dropNode(_MemoryNode * node) {
+    remove(node);
+    destroyNode(node);
 }
 
 void _MemoryBlock::traceConsole() const {
@@ -259,7 +194,7 @@ void _MemoryBlock::fillStack(_MemoryNode * node) {
     }
     char * entry = bytesOf(getStack(node));
     for (std::uint32_t index = unitCount; index != 0; entry += indexBytes) {
-        storeIndex(entry, static_cast<std::uint16_t>(--index));
+        morvane::storeIndex(entry, static_cast<std::uint16_t>(--index));
     }
 }
 

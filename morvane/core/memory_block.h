@@ -7,7 +7,8 @@
 
 namespace morvane {
 class MemoryChain;
-}
+struct NodeGeometry;
+} // namespace morvane
 
 /// A pool of units of one size, carved out of large heap blocks called nodes.
 ///
@@ -132,7 +133,15 @@ private:
     std::uint32_t get_unitCount() const;
     std::uint16_t get_unitSize() const;
 
+    friend class _MemoryManager;
+
+    morvane::NodeGeometry geometry() const;
     _MemoryNode * addNode();
+    void dropNode(_MemoryNode * node);
+    void * allocateUnit(bool zeroFill);
+    /// `unallocatePart` where the header can be read for sure, wherever it lies.
+    void unallocateHeaded(_MemoryPart * part);
+    void takeBack(_MemoryPart * part, _MemoryNode * node);
     void * takeUnit(_MemoryNode * node, bool zeroFill);
     void giveUnitBack(_MemoryPart * part, _MemoryNode * node);
 

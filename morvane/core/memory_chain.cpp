@@ -7,7 +7,7 @@ namespace morvane {
 namespace {
 
 /// Nodes that a walk may pass before an index is worth its memory.
-constexpr int mostPlainSteps = 8;
+constexpr int mostPlainSteps = 1;
 
 } // namespace
 
@@ -46,6 +46,7 @@ MemoryChain::Node * MemoryChain::findOpenSlowly(std::uint32_t nodeBytes) {
         }
     }
     firstOpen = node;
+    firstOpenSlot = slotOf(node);
     return node;
 }
 
@@ -54,7 +55,7 @@ MemoryChain::Node * MemoryChain::findOpenInIndex() {
         if (Node * const node = index.nodeAt(slot); node->freeCount != 0) {
             return node;
         }
-        index.setFull(slot); // its count was written from outside
+        index.setFull(slot);
     }
     // Nodes that nobody told of may stand behind the last one.
     Node * node = behindIndex();
@@ -67,24 +68,27 @@ MemoryChain::Node * MemoryChain::findOpenInIndex() {
     return node;
 }
 
-MemoryChain::Node * MemoryChain::findHolderSlowly(void const * address, Geometry geometry) {
+MemoryChain::Node * MemoryChain::findHolderSlowly(void const * address, NodeGeometry geometry) {
     Node * node = first;
     if (!index.isBuilt()) {
         for (int steps = 0; node != nullptr && !geometry.holds(node, address) && steps < mostPlainSteps; ++steps) {
             node = node->next;
         }
         if (node != nullptr && !geometry.holds(node, address)) {
+            forgetOpen(); // it is known without its slot
             index.build(first, geometry.nodeBytes);
         }
     }
+    NodeIndex::Slot slot = NodeIndex::none;
     if (index.isBuilt()) {
-        NodeIndex::Slot const slot = index.find(address);
+        slot = index.find(address);
         node = slot != NodeIndex::none ? index.nodeAt(slot) : behindIndex();
     }
     while (node != nullptr && !geometry.holds(node, address)) {
         node = index.isBuilt() && slotOf(node) != NodeIndex::none ? nullptr : node->next;
     }
     recent = node;
+    recentSlot = slot;
     return node;
 }
 
@@ -116,7 +120,7 @@ void MemoryChain::insertAfter(Node * node, Node * inserted) {
     }
     inserted->next = node->next;
     node->next = inserted;
-    firstOpen = nullptr;
+    forgetOpen();
     if (!index.isBuilt()) {
         return;
     }
@@ -144,16 +148,10 @@ void MemoryChain::remove(Node * node) {
     noteDestroyed(node);
 }
 
-void MemoryChain::noteOpen(Node const * node) {
-    firstOpen = nullptr;
+void MemoryChain::noteOpenSlowly(Node * node) {
+    forgetOpen();
     if (NodeIndex::Slot const slot = slotOf(node); slot != NodeIndex::none) {
         index.setOpen(slot);
-    }
-}
-
-void MemoryChain::noteFull(Node const * node) {
-    if (NodeIndex::Slot const slot = slotOf(node); slot != NodeIndex::none) {
-        index.setFull(slot);
     }
 }
 
@@ -161,8 +159,8 @@ void MemoryChain::noteDestroyed(Node const * node) {
     if (recent == node) {
         recent = nullptr;
     }
-    if (firstOpen == node) {
-        firstOpen = nullptr;
+    if (firstOpen == node || nextOpen == node) {
+        forgetOpen();
     }
     if (slotOf(node) != NodeIndex::none) {
         forgetIndex(); // it goes without having been removed
@@ -174,15 +172,16 @@ MemoryChain::Node * MemoryChain::behindIndex() const {
 }
 
 NodeIndex::Slot MemoryChain::slotOf(Node const * node) const {
-    if (!index.isBuilt() || node == nullptr) {
-        return NodeIndex::none;
-    }
-    NodeIndex::Slot const slot = index.find(node);
-    return slot != NodeIndex::none && index.nodeAt(slot) == node ? slot : NodeIndex::none;
+    return index.isBuilt() && node != nullptr ? index.slotOf(node) : NodeIndex::none;
+}
+
+void MemoryChain::forgetOpen() {
+    firstOpen = nullptr;
+    nextOpen = nullptr;
 }
 
 void MemoryChain::forgetIndex() {
-    firstOpen = nullptr;
+    forgetOpen();
     recent = nullptr;
     index.clear();
 }

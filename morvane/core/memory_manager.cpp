@@ -1,14 +1,14 @@
 #include <morvane/core/memory_manager.h>
 
 #include <algorithm>
-#include <cstring>
+#include <bit>
+#include <iterator>
 #include <limits>
+#include <morvane/core/memory_block_inline.h>
 #include <morvane/platform/critical_section_guard.h>
 #include <new>
 
 namespace {
-
-constexpr std::uint32_t headerBytes = sizeof(_MemoryBlock::_MemoryPart);
 
 /// In the unit size of the header of a block that came from the heap.
 constexpr std::uint16_t heapMark = 65535;
@@ -22,14 +22,13 @@ _MemoryBlock * createPool(std::uint16_t unitSize, std::uint32_t size) {
     return new (std::nothrow) _MemoryBlock(unitSize, std::clamp(size / unitSize, 1U, mostUnits));
 }
 
-void * allocateFrom(_MemoryBlock * pool, bool zeroFill) {
-    return pool != nullptr ? pool->allocate(zeroFill) : nullptr;
-}
+constexpr std::uint32_t leastUnitSize = 16;
+constexpr std::uint32_t mostUnitSize = 1024;
 
-void giveBackTo(_MemoryBlock * pool, _MemoryBlock::_MemoryPart * part) {
-    if (pool != nullptr) {
-        pool->unallocatePart(part);
-    }
+/// The place of the first pool whose units hold `size` bytes, up to `mostUnitSize`.
+constexpr std::size_t poolOfSize(std::uint32_t size) {
+    std::uint32_t const last = size - (size != 0 ? 1 : 0);
+    return static_cast<std::size_t>(std::bit_width(last | (leastUnitSize - 1)) - std::bit_width(leastUnitSize - 1));
 }
 
 } // namespace
@@ -64,31 +63,14 @@ void _MemoryManager::default_ctor_closure() {
 }
 
 void * _MemoryManager::fastAllocate(std::uint32_t size, bool zeroFill) {
-    if (size <= 16) {
-        return allocateFrom(memoryBlock16, zeroFill);
+    if (size <= mostUnitSize) {
+        _MemoryBlock * const pool = memoryBlocks[poolOfSize(size)];
+        return pool != nullptr ? pool->allocateUnit(zeroFill) : nullptr;
     }
-    if (size <= 32) {
-        return allocateFrom(memoryBlock32, zeroFill);
-    }
-    if (size <= 64) {
-        return allocateFrom(memoryBlock64, zeroFill);
-    }
-    if (size <= 128) {
-        return allocateFrom(memoryBlock128, zeroFill);
-    }
-    if (size <= 256) {
-        return allocateFrom(memoryBlock256, zeroFill);
-    }
-    if (size <= 512) {
-        return allocateFrom(memoryBlock512, zeroFill);
-    }
-    if (size <= 1024) {
-        return allocateFrom(memoryBlock1024, zeroFill);
-    }
-    if (size > std::numeric_limits<std::uint32_t>::max() - headerBytes) {
+    if (size > std::numeric_limits<std::uint32_t>::max() - morvane::partHeaderBytes) {
         return nullptr;
     }
-    void * const block = memoryAllocator.heapAllocate(size + headerBytes, zeroFill);
+    void * const block = memoryAllocator.heapAllocate(size + morvane::partHeaderBytes, zeroFill);
     if (block == nullptr) {
         return nullptr;
     }
@@ -99,34 +81,16 @@ void _MemoryManager::fastUnallocate(void * pointer) {
     if (pointer == nullptr) {
         return;
     }
-    _MemoryBlock::_MemoryPart * const part = _MemoryBlock::pointerToMemoryPart(pointer);
-    switch (part->unitSize) {
-    case 16:
-        giveBackTo(memoryBlock16, part);
-        break;
-    case 32:
-        giveBackTo(memoryBlock32, part);
-        break;
-    case 64:
-        giveBackTo(memoryBlock64, part);
-        break;
-    case 128:
-        giveBackTo(memoryBlock128, part);
-        break;
-    case 256:
-        giveBackTo(memoryBlock256, part);
-        break;
-    case 512:
-        giveBackTo(memoryBlock512, part);
-        break;
-    case 1024:
-        giveBackTo(memoryBlock1024, part);
-        break;
-    case heapMark:
+    auto * const part =
+        reinterpret_cast<_MemoryBlock::_MemoryPart *>(static_cast<char *>(pointer) - morvane::partHeaderBytes);
+    std::uint32_t const unitSize = part->unitSize;
+    std::size_t const place = poolOfSize(unitSize);
+    if (place < std::size(memoryBlocks) && unitSize == leastUnitSize << place) [[likely]] {
+        if (memoryBlocks[place] != nullptr) [[likely]] {
+            memoryBlocks[place]->unallocateHeaded(part);
+        }
+    } else if (unitSize == heapMark) {
         memoryAllocator.heapUnallocate(part);
-        break;
-    default:
-        break;
     }
 }
 
@@ -143,8 +107,7 @@ std::uint32_t _MemoryManager::heapFree() const {
 }
 
 void _MemoryManager::traceConsole() const {
-    for (_MemoryBlock const * pool : {memoryBlock16, memoryBlock32, memoryBlock64, memoryBlock128, memoryBlock256,
-                                      memoryBlock512, memoryBlock1024}) {
+    for (_MemoryBlock const * pool : memoryBlocks) {
         if (pool != nullptr) {
             pool->traceConsole();
         }
@@ -156,31 +119,31 @@ _Memory _MemoryManager::get_memoryAllocator() const {
 }
 
 _MemoryBlock * _MemoryManager::get_memoryBlock16() const {
-    return memoryBlock16;
+    return memoryBlocks[0];
 }
 
 _MemoryBlock * _MemoryManager::get_memoryBlock32() const {
-    return memoryBlock32;
+    return memoryBlocks[1];
 }
 
 _MemoryBlock * _MemoryManager::get_memoryBlock64() const {
-    return memoryBlock64;
+    return memoryBlocks[2];
 }
 
 _MemoryBlock * _MemoryManager::get_memoryBlock128() const {
-    return memoryBlock128;
+    return memoryBlocks[3];
 }
 
 _MemoryBlock * _MemoryManager::get_memoryBlock256() const {
-    return memoryBlock256;
+    return memoryBlocks[4];
 }
 
 _MemoryBlock * _MemoryManager::get_memoryBlock512() const {
-    return memoryBlock512;
+    return memoryBlocks[5];
 }
 
 _MemoryBlock * _MemoryManager::get_memoryBlock1024() const {
-    return memoryBlock1024;
+    return memoryBlocks[6];
 }
 
 void _MemoryManager::set_memoryAllocator(_Memory memory) {
@@ -188,51 +151,41 @@ void _MemoryManager::set_memoryAllocator(_Memory memory) {
 }
 
 void _MemoryManager::set_memoryBlock16(_MemoryBlock * block) {
-    memoryBlock16 = block;
+    memoryBlocks[0] = block;
 }
 
 void _MemoryManager::set_memoryBlock32(_MemoryBlock * block) {
-    memoryBlock32 = block;
+    memoryBlocks[1] = block;
 }
 
 void _MemoryManager::set_memoryBlock64(_MemoryBlock * block) {
-    memoryBlock64 = block;
+    memoryBlocks[2] = block;
 }
 
 void _MemoryManager::set_memoryBlock128(_MemoryBlock * block) {
-    memoryBlock128 = block;
+    memoryBlocks[3] = block;
 }
 
 void _MemoryManager::set_memoryBlock256(_MemoryBlock * block) {
-    memoryBlock256 = block;
+    memoryBlocks[4] = block;
 }
 
 void _MemoryManager::set_memoryBlock512(_MemoryBlock * block) {
-    memoryBlock512 = block;
+    memoryBlocks[5] = block;
 }
 
 void _MemoryManager::set_memoryBlock1024(_MemoryBlock * block) {
-    memoryBlock1024 = block;
+    memoryBlocks[6] = block;
 }
 
 void _MemoryManager::createPools(std::uint32_t size) {
-    memoryBlock16 = createPool(16, size);
-    memoryBlock32 = createPool(32, size);
-    memoryBlock64 = createPool(64, size);
-    memoryBlock128 = createPool(128, size);
-    memoryBlock256 = createPool(256, size);
-    memoryBlock512 = createPool(512, size);
-    memoryBlock1024 = createPool(1024, size);
+    for (std::uint32_t unitSize = leastUnitSize; unitSize <= mostUnitSize; unitSize *= 2) {
+        memoryBlocks[poolOfSize(unitSize)] = createPool(static_cast<std::uint16_t>(unitSize), size);
+    }
 }
 
 void _MemoryManager::sharePools(_MemoryManager const & other) {
-    memoryBlock16 = other.memoryBlock16;
-    memoryBlock32 = other.memoryBlock32;
-    memoryBlock64 = other.memoryBlock64;
-    memoryBlock128 = other.memoryBlock128;
-    memoryBlock256 = other.memoryBlock256;
-    memoryBlock512 = other.memoryBlock512;
-    memoryBlock1024 = other.memoryBlock1024;
+    std::copy(std::begin(other.memoryBlocks), std::end(other.memoryBlocks), memoryBlocks);
     morvane::platform::CriticalSectionGuard const guard(sharing);
     nextSharer = other.nextSharer;
     previousSharer = &other;
@@ -249,11 +202,5 @@ void _MemoryManager::leavePools() {
             return;
         }
     }
-    delete memoryBlock1024;
-    delete memoryBlock512;
-    delete memoryBlock256;
-    delete memoryBlock128;
-    delete memoryBlock64;
-    delete memoryBlock32;
-    delete memoryBlock16;
+    std::for_each(std::rbegin(memoryBlocks), std::rend(memoryBlocks), [](_MemoryBlock * pool) { delete pool; });
 }

@@ -140,15 +140,6 @@ void NodeIndex::setFull(Slot slot) noexcept {
     }
 }
 
-std::size_t NodeIndex::homeOf(std::uintptr_t granule) const {
-    constexpr std::uint64_t golden = 0x9E3779B97F4A7C15;
-    return static_cast<std::size_t>(granule * golden >> hashShift);
-}
-
-std::size_t NodeIndex::homeOf(Node const * node) const {
-    return homeOf(addressOf(node) >> granuleShift);
-}
-
 void NodeIndex::enter(Node * node, Slot slot) {
     std::size_t place = homeOf(node);
     while (entries[place].node != nullptr) {

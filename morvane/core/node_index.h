@@ -39,10 +39,19 @@ public:
     bool append(Node * node) noexcept;
     void remove(Slot slot) noexcept;
 
+    /// The slot of a node; any address may be asked for.
+    Slot slotOf(Node const * node) const noexcept {
+        std::size_t place = homeOf(node);
+        while (entries[place].node != node && entries[place].node != nullptr) {
+            place = (place + 1) & entryMask;
+        }
+        return entries[place].node != nullptr ? entries[place].slot : none;
+    }
     /// The slot of the node whose block holds the address.
     Slot find(void const * address) const noexcept;
     /// The first node of the chain with a free unit, as far as it was told.
     Slot firstOpen() const { return open; }
+    bool isOpen(Slot slot) const { return (levels[0][slot / 64] >> (slot % 64) & 1) != 0; }
     /// Tells that the node has a free unit now, or none.
     void setOpen(Slot slot) noexcept;
     void setFull(Slot slot) noexcept;
@@ -67,8 +76,13 @@ private:
     /// Levels of the tree that 2 to the 32 slots need.
     static constexpr std::size_t mostLevels = 6;
 
-    std::size_t homeOf(std::uintptr_t granule) const;
-    std::size_t homeOf(Node const * node) const;
+    std::size_t homeOf(std::uintptr_t granule) const {
+        constexpr std::uint64_t golden = 0x9E3779B97F4A7C15;
+        return static_cast<std::size_t>(granule * golden >> hashShift);
+    }
+    std::size_t homeOf(Node const * node) const {
+        return homeOf(reinterpret_cast<std::uintptr_t>(node) >> granuleShift);
+    }
     void enter(Node * node, Slot slot);
     void erase(Node const * node);
     Slot findFirstOpen() const;

@@ -39,6 +39,7 @@ constexpr std::size_t hugeReach = 8;
 constexpr std::size_t smallPageSegments = 2;
 
 constexpr std::size_t systemPageBytes = 4096;
+constexpr std::size_t cacheLineBytes = 64;
 
 SliceBits sliceRun(std::size_t begin, std::size_t count) {
     return ((SliceBits{1} << count) - 1) << begin;
@@ -461,19 +462,24 @@ void * acquireLarge(std::size_t bytes, bool zeroed) noexcept {
         return nullptr;
     }
     pagesOf(*slices.segment)[slices.first].spanSlices = static_cast<std::uint8_t>(count);
-    char * const block = sliceAt(*slices.segment, slices.first);
+    char * const begin = sliceAt(*slices.segment, slices.first);
+    // Where there is room, blocks begin in different cache lines of their first slice, so that many of one kind do not
+    // compete for the same cache sets.
+    std::size_t const places = (count * sliceBytes - bytes) / cacheLineBytes + 1;
+    std::size_t const shift = reinterpret_cast<std::uintptr_t>(begin) / sliceBytes % places * cacheLineBytes;
     if (slices.dirty != sliceRun(slices.first, count)) {
-        populatePages(block, (bytes + systemPageBytes - 1) / systemPageBytes * systemPageBytes);
+        populatePages(begin, (shift + bytes + systemPageBytes - 1) / systemPageBytes * systemPageBytes);
     }
     if (zeroed) {
         for (std::size_t slice = 0; slice < count; ++slice) {
             if ((slices.dirty >> (slices.first + slice) & 1) != 0) {
-                std::size_t const offset = slice * sliceBytes;
-                std::memset(block + offset, 0, std::min(sliceBytes, bytes - offset));
+                std::size_t const first = std::max(slice * sliceBytes, shift);
+                std::size_t const behind = std::min((slice + 1) * sliceBytes, shift + bytes);
+                std::memset(begin + first, 0, behind > first ? behind - first : 0);
             }
         }
     }
-    return block;
+    return begin + shift;
 }
 
 void releaseLarge(void * block) noexcept {

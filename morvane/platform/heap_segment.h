@@ -110,7 +110,7 @@ HeapPage * acquirePage(bool populate) noexcept;
 /// Takes back a slice that was a page, when all its blocks are free.
 void releasePage(HeapPage & page) noexcept;
 
-/// A block too large for a page, at a multiple of `sliceBytes`; cleared when `zeroed`; null when the system refuses.
+/// A block too large for a page, at a multiple of 64 bytes; cleared when `zeroed`; null when the system refuses.
 void * acquireLarge(std::size_t bytes, bool zeroed) noexcept;
 
 /// Takes back a block of `acquireLarge`.
