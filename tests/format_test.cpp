@@ -4,7 +4,6 @@
 #include <cfloat>
 #include <climits>
 #include <clocale>
-#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -49,113 +48,59 @@ std::u16string plain(std::string const & text) {
     return {text.begin(), text.end()};
 }
 
-/// True where the C library itself errs: at `%#g` some drop the zeros behind the point when rounding carries into the
-/// exponent. `KeepsZerosInTheAlternateForm` holds these by hand.
-bool losesZeros(std::string const & pattern, std::string const & printed) {
-    return pattern.find('#') != std::string::npos && pattern.find_first_of("gG") != std::string::npos
-           && pattern.find(".0") == std::string::npos && pattern.find(".1") == std::string::npos
-           && (printed.find(".e") != std::string::npos || printed.find(".E") != std::string::npos);
-}
-
 /// Holds both text classes against the C library's printf.
 template <typename... Arguments>
 void expectAsPrinted(std::string const & pattern, Arguments... arguments) {
     std::array<char, 40000> expected{};
     std::snprintf(expected.data(), expected.size(), pattern.c_str(), arguments...);
-    if (losesZeros(pattern, expected.data())) {
-        return;
-    }
     ASSERT_EQ(formatted(pattern.c_str(), arguments...), expected.data()) << pattern;
     ASSERT_EQ(formatted(widened(pattern), arguments...), plain(expected.data())) << pattern;
 }
 
-/// Every flag set, width and precision in front of `ending`.
-std::vector<std::string> directives(std::string const & flags, std::vector<std::string> const & precisions,
-                                    std::string const & ending) {
-    std::vector<std::string> all;
-    for (unsigned choice = 0; choice < 1U << flags.size(); ++choice) {
-        std::string set;
-        for (std::size_t flag = 0; flag < flags.size(); ++flag) {
-            set.append(choice >> flag & 1, flags[flag]);
-        }
-        for (char const * width : {"", "1", "9", "30"}) {
-            for (std::string const & precision : precisions) {
-                all.push_back("[%" + set + width + precision + ending + "]");
-            }
-        }
-    }
-    return all;
-}
-
+/// Every flag set that C gives a meaning, with widths and precisions. At `%#g` some C libraries drop the zeros behind
+/// the point when rounding carries into the exponent.
 template <typename Value>
-void expectIntegersAsPrinted(std::string const & size, std::string const & conversions,
-                             std::vector<Value> const & values) {
+void expectAllAsPrinted(std::string const & size, std::string const & conversions, std::vector<Value> const & values) {
     for (char const conversion : conversions) {
-        bool const isSigned = conversion == 'd' || conversion == 'i';
-        std::string const flags = isSigned ? "-+ 0" : conversion == 'u' ? "-0" : "-#0";
-        for (std::string const & directive : directives(flags, {"", ".", ".0", ".3", ".15"}, size + conversion)) {
-            for (Value const value : values) {
-                expectAsPrinted(directive, value);
+        std::string const flags = std::strchr("eEfFaA", conversion) != nullptr ? "-+ #0"
+                                  : std::strchr("digG", conversion) != nullptr ? "-+ 0"
+                                                                               : "-#0";
+        for (unsigned choice = 0; choice < 1U << flags.size(); ++choice) {
+            std::string set = "[%";
+            for (std::size_t flag = 0; flag < flags.size(); ++flag) {
+                set.append(choice >> flag & (conversion != 'u' || flags[flag] != '#'), flags[flag]);
+            }
+            for (char const * extent : {"", "1", "30", ".", "9.0", "1.3", "30.15", ".40"}) {
+                for (Value const value : values) {
+                    expectAsPrinted(set + extent + size + conversion + "]", value);
+                }
             }
         }
     }
 }
 
 TEST(Format, PrintsIntegersOfEverySizeAsTheCLibraryDoes) {
-    std::vector<int> const small{0, 1, -1, 7, 8, 127, 128, -129, 255, 300, 70000, INT_MAX, INT_MIN};
     for (char const * size : {"", "h", "hh"}) {
-        expectIntegersAsPrinted<int>(size, "di", small);
-        expectIntegersAsPrinted<unsigned>(size, "ouxX", {0, 1, 8, 255, 0x12345, 0xABCDEF01, UINT_MAX});
+        expectAllAsPrinted<int>(size, "di", {0, 8, -1, 127, 128, -129, 255, 70000, INT_MAX, INT_MIN});
+        expectAllAsPrinted<unsigned>(size, "ouxX", {0, 8, 255, 0x12345, 0xABCDEF01, UINT_MAX});
     }
-    expectIntegersAsPrinted<long>("l", "d", {0, 5, -5, INT_MAX, INT_MIN});
-    expectIntegersAsPrinted<unsigned long>("l", "uxo", {0, 5, UINT_MAX});
-    expectIntegersAsPrinted<long long>("ll", "di", {0, -5, LLONG_MAX, LLONG_MIN});
-    expectIntegersAsPrinted<unsigned long long>("ll", "ouxX", {0, 77, ULLONG_MAX});
-    expectIntegersAsPrinted<std::intmax_t>("j", "d", {0, -5, INTMAX_MIN});
-    expectIntegersAsPrinted<std::size_t>("z", "ux", {0, 5, SIZE_MAX});
-    expectIntegersAsPrinted<std::ptrdiff_t>("t", "d", {0, -5, PTRDIFF_MIN});
-}
-
-template <typename Float>
-std::vector<Float> floatValues() {
-    using Limits = std::numeric_limits<Float>;
-    std::vector<Float> values{Limits::max(),        Limits::min(),
-                              Limits::denorm_min(), Limits::min() - 3 * Limits::denorm_min(),
-                              Limits::infinity(),   Limits::quiet_NaN()};
-    for (double const value : {0.0, 1.0, 0.5, 1.5, 2.5, 0.1, 9.5, 99.9999999, 0.00001234, 0.000099995, 123456.5,
-                               999999.5, 1e15, 1e22, 3.0e100, 0x1.fffffep+3}) {
-        values.push_back(static_cast<Float>(value));
-    }
-    std::uint64_t seed = 12345;
-    for (int count = 0; count < 30; ++count) {
-        seed = seed * 6364136223846793005U + 1442695040888963407U;
-        Float const mantissa = static_cast<Float>(seed >> 1) + Limits::epsilon() * static_cast<Float>(seed >> 20);
-        values.push_back(std::ldexp(mantissa, static_cast<int>(seed >> 40 & 0xFF) - 190));
-    }
-    for (std::size_t index = 0, positive = values.size(); index < positive; ++index) {
-        values.push_back(-values[index]);
-    }
-    return values;
+    expectAllAsPrinted<long>("l", "d", {0, 5, -5, INT_MAX, INT_MIN});
+    expectAllAsPrinted<unsigned long>("l", "uxo", {0, 5, UINT_MAX});
+    expectAllAsPrinted<long long>("ll", "di", {0, -5, LLONG_MAX, LLONG_MIN});
+    expectAllAsPrinted<unsigned long long>("ll", "ouxX", {0, 77, ULLONG_MAX});
+    expectAllAsPrinted<std::intmax_t>("j", "d", {0, -5, INTMAX_MIN});
+    expectAllAsPrinted<std::size_t>("z", "ux", {0, 5, SIZE_MAX});
+    expectAllAsPrinted<std::ptrdiff_t>("t", "d", {0, -5, PTRDIFF_MIN});
 }
 
 template <typename Float>
 void expectFloatsAsPrinted(std::string const & size) {
-    std::vector<std::string> const precisions{"", ".0", ".1", ".2", ".5", ".17", ".40"};
-    for (char const conversion : std::string("eEfFgGaA")) {
-        for (std::string const & directive : directives("-+ #0", precisions, size + conversion)) {
-            // All flags on few values, all values on few flags.
-            for (Float const value : {Float(0), Float(2.5), Float(-1234.5678), Float(1e-7)}) {
-                expectAsPrinted(directive, value);
-            }
-        }
-        for (Float const value : floatValues<Float>()) {
-            for (std::string const & directive : directives("#", precisions, size + conversion)) {
-                expectAsPrinted(directive, value);
-            }
-            expectAsPrinted("%.1100" + size + conversion, value);
-            expectAsPrinted("%.0" + size + conversion, value);
-        }
-    }
+    using Limits = std::numeric_limits<Float>;
+    expectAllAsPrinted<Float>(size, "eEfFgGaA",
+                              {0, Float(-1234.5678), Float(2.5), Float(9.5), Float(99.9999999), Float(0.000099995),
+                               Float(1e22), Limits::max(), -Limits::min(), Limits::denorm_min(), Limits::infinity(),
+                               Limits::quiet_NaN()});
+    expectAsPrinted("%.1100" + size + "e", Limits::max());
 }
 
 TEST(Format, PrintsFloatsOfEverySizeAsTheCLibraryDoes) {
@@ -169,16 +114,12 @@ TEST(Format, PrintsFloatsOfEverySizeAsTheCLibraryDoes) {
 }
 
 TEST(Format, PrintsTextCharactersAndPointersAsTheCLibraryDoes) {
-    for (std::string const & directive : directives("-", {"", ".", ".0", ".2", ".50"}, "hs")) {
-        std::string narrow = directive;
-        narrow.erase(narrow.find('h'), 1);
-        for (char const * text : {"", "a", "abcdef"}) {
-            std::array<char, 100> expected{};
-            std::snprintf(expected.data(), expected.size(), narrow.c_str(), text);
-            EXPECT_EQ(formatted(directive.c_str(), text), expected.data()) << directive;
-            EXPECT_EQ(formatted(widened(directive), text), plain(expected.data())) << directive;
-        }
-    }
+    char const * const a = "a";
+    char const * const text = "abcdef";
+    EXPECT_EQ(formatted("%hs|%9hs|%-9hs|%.hs|%.2hs|%-5.50hs|", "", text, text, text, text, a),
+              "|   abcdef|abcdef   ||ab|a    |");
+    EXPECT_EQ(formatted(u"%hs|%9hs|%-9hs|%.hs|%.2hs|%-5.50hs|"_w, "", text, text, text, text, a),
+              u"|   abcdef|abcdef   ||ab|a    |");
     expectAsPrinted("%c|%5c|%-5c|%*c|%-*c", 'a', 'b', 'c', 4, 'd', -4, 'e');
     expectAsPrinted("%*d|%-*d|%*d|%.*d|%.*d|%.*d", 6, 42, 6, 42, -6, 42, 4, 42, 0, 0, -4, 42);
     expectAsPrinted("%p %20p %-20p|", static_cast<void *>(nullptr), reinterpret_cast<void *>(0x1234abcd),

@@ -12,7 +12,6 @@
 #include <morvane/strings/wide_tag.h>
 #include <morvane/strings/wide_tag_array.h>
 #include <morvane/strings/word_splitter.h>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -67,191 +66,6 @@ std::vector<std::u16string> wordsOf(_WideStringArray const & array) {
     return words;
 }
 
-/// The scanning operations step by step as they are told, without a thought for their cost.
-struct SlowParser {
-    std::u16string text;
-    int position = 0;
-
-    int length() const { return static_cast<int>(text.size()); }
-    static bool isBlank(char16_t unit) { return unit == 9 || unit == 32; }
-
-    int find(char16_t unit, int from) const { return find(std::u16string(1, unit), from); }
-    int find(std::u16string const & sought, int from) const {
-        if (from >= length()) {
-            return -1;
-        }
-        // A zero ends the text for a search.
-        std::u16string const seen = text.substr(0, text.find(u'\0', static_cast<std::size_t>(from)));
-        std::size_t const found = seen.find(sought, static_cast<std::size_t>(from));
-        return found == std::u16string::npos ? -1 : static_cast<int>(found);
-    }
-    std::u16string mid(int from, int to) const {
-        return text.substr(static_cast<std::size_t>(from), static_cast<std::size_t>(to - from));
-    }
-
-    bool nextTag(int & start, int & end, bool isXml) {
-        start = find(u'<', position);
-        std::u16string const opener =
-            isXml && start != -1 && start < length() - 8 ? mid(start, start + 9) : std::u16string();
-        std::u16string const closing = opener == u"<!DOCTYPE" ? u"]>" : opener == u"<![CDATA[" ? u"]]>" : u">";
-        end = isXml && start == -1 ? -1 : find(closing, position);
-        end += end == -1 ? 0 : static_cast<int>(closing.size()) - 1;
-        if (start == -1 || end == -1) {
-            return false;
-        }
-        position = end + 1;
-        return true;
-    }
-
-    std::vector<std::u16string> parseTags(bool isXml) {
-        std::vector<std::u16string> pieces;
-        int pending = position;
-        int start = 0;
-        int end = 0;
-        while (nextTag(start, end, isXml) && end >= start) {
-            if (pending < start) {
-                pieces.push_back(pieceOf(false, mid(pending, start)));
-            }
-            pieces.push_back(pieceOf(true, mid(start, end + 1)));
-            pending = end + 1;
-        }
-        return pieces;
-    }
-
-    int skipBlanks() {
-        int skipped = 0;
-        while (position < length() && isBlank(text[static_cast<std::size_t>(position)])) {
-            ++position;
-            ++skipped;
-        }
-        return skipped;
-    }
-    int nextBlank() {
-        if (position >= length()) {
-            return -1;
-        }
-        while (position < length() && !isBlank(text[static_cast<std::size_t>(position)])) {
-            ++position;
-        }
-        return position == length() ? -1 : position;
-    }
-    std::vector<std::u16string> parseWords(bool holdsQuotes) {
-        std::vector<std::u16string> words;
-        // A zero ends the text that is added.
-        auto const addString = [&words](std::u16string const & word) {
-            words.push_back(word.substr(0, word.find(u'\0')));
-        };
-        bool isOpen = false;
-        int start = 0;
-        while (position < length()) {
-            skipBlanks();
-            start = isOpen ? start : position;
-            int const blank = nextBlank();
-            if (blank == -1) {
-                addString(mid(start, length()));
-                break;
-            }
-            std::u16string const piece = mid(start, blank);
-            isOpen = holdsQuotes
-                     && std::count_if(piece.begin(), piece.end(), [](char16_t c) { return c == 34 || c == 39; }) == 1;
-            if (!isOpen) {
-                addString(piece);
-            }
-        }
-        return words;
-    }
-
-    bool nextLine(std::u16string & line) {
-        int const s = position;
-        int e = find(u'\n', s);
-        bool const hasFeed = e != -1;
-        e = hasFeed ? e : length();
-        position = hasFeed ? e + 1 : length();
-        if (s == e) {
-            return false;
-        }
-        line = mid(s, e + (hasFeed ? 1 : 0));
-        std::erase(line, u'\r');
-        std::erase(line, u'\n');
-        // `_WideString::remove` appends what stays, and so brings the zeros to the end.
-        std::stable_partition(line.begin(), line.end(), [](char16_t unit) { return unit != 0; });
-        return true;
-    }
-
-    bool nextCode(int & start, int & end) {
-        start = find(u'&', position);
-        if (start == -1) {
-            return false;
-        }
-        end = find(u';', start);
-        position = end == -1 ? start + 1 : end + 1;
-        return end != -1;
-    }
-};
-
-/// A random text of what matters to the scans; the openers and words among it cross the steps of a fast search.
-std::u16string randomText(std::mt19937 & random) {
-    static std::u16string const units(u"<>!?-[]\"' \t=a&;\n\r\u00E9\u3C3E\0", 20);
-    static std::vector<std::u16string> const words{u"<!DOCTYPE", u"<!doctype", u"<![CDATA[",
-                                                   u"]]>",       u"</a>",      u"some text"};
-    // A zero ends most scans, so there are few.
-    std::size_t const last = random() % 4 == 0 ? units.size() : units.size() - 1;
-    std::u16string text;
-    for (std::size_t count = random() % 24; count != 0; --count) {
-        text += random() % 4 == 0 ? words[random() % words.size()] : units.substr(random() % last, 1);
-    }
-    return text;
-}
-
-TEST(WideStringParser, ScansAsTheToldSteps) {
-    std::mt19937 random(1);
-    for (int round = 0; round < 10000; ++round) {
-        LeakCheck const check;
-        std::u16string const text = randomText(random);
-        int const position = static_cast<int>(random() % (text.size() + 1));
-        SCOPED_TRACE(testing::PrintToString(text) + " from " + std::to_string(position));
-        std::pair<int, int> told;
-        std::pair<std::int32_t, std::int32_t> bounds;
-        for (bool const isIt : {true, false}) {
-            SlowParser slow{text, position};
-            _WideStringParser parser = parserOf(text, position);
-            for (bool found = true; found;) {
-                found = slow.nextTag(told.first, told.second, isIt);
-                ASSERT_EQ(parser.nextTag(bounds.first, bounds.second, isIt ? xml : plain), found);
-                ASSERT_EQ(bounds, told);
-                ASSERT_EQ(parser.get_position(), slow.position);
-            }
-            slow.position = position;
-            parser.seek(position);
-            _WideTagArray tags;
-            std::vector<std::u16string> const pieces = slow.parseTags(isIt);
-            ASSERT_EQ(parser.parseTags(&tags, isIt ? xml : plain, false), static_cast<int>(pieces.size()));
-            ASSERT_EQ(piecesOf(tags), pieces);
-            ASSERT_EQ(parser.get_position(), slow.position);
-            slow.position = position;
-            parser.seek(position);
-            _WideStringArray array;
-            std::vector<std::u16string> const words = slow.parseWords(isIt);
-            isIt ? parser.parseStringsEx(&array, false) : parser.parseStrings(&array, false);
-            ASSERT_EQ(wordsOf(array), words);
-            ASSERT_EQ(parser.get_position(), slow.position);
-        }
-        SlowParser slow{text, position};
-        _WideStringParser parser = parserOf(text, position);
-        std::u16string toldLine = u"former";
-        _WideString line(u"former"_w);
-        while (slow.position < slow.length()) {
-            ASSERT_EQ(parser.nextCode(bounds.first, bounds.second), slow.nextCode(told.first, told.second));
-            ASSERT_EQ(bounds, told);
-            ASSERT_EQ(parser.nextLine(line), slow.nextLine(toldLine));
-            ASSERT_EQ(textOf(line), toldLine);
-            ASSERT_EQ(parser.nextBlank(), slow.nextBlank());
-            ASSERT_EQ(parser.skipBlanks(), slow.skipBlanks());
-            ASSERT_EQ(parser.get_position(), slow.position);
-        }
-    }
-}
-
 TEST(WideStringParser, CutsTags) {
     LeakCheck const check;
     struct Case {
@@ -300,6 +114,40 @@ TEST(WideStringParser, CutsWords) {
         parser.parseStringsEx(&quoted, true);
         EXPECT_EQ(wordsOf(words), test.words);
         EXPECT_EQ(wordsOf(quoted), test.quoted);
+    }
+}
+
+TEST(WideStringParser, FindsReferencesAndLines) {
+    LeakCheck const check;
+    struct {
+        std::u16string text;
+        bool hasCode;
+        int start, end, behindCode;
+        char16_t const * line; ///< null where there is none
+        int behindLine;
+    } const rows[] = {
+        {u"x&a;&b;", true, 1, 3, 4, u"x&a;&b;", 7},
+        {u"x;&a", false, 2, -1, 3, u"x;&a", 4},
+        {u"none", false, -1, 7, 0, u"none", 4},
+        {u"\r\n&;\n", true, 2, 3, 4, u"", 2},
+        {u"\n&;", true, 1, 2, 3, nullptr, 1},
+        {u"a\rb\nc", false, -1, 7, 0, u"ab", 4},
+        {std::u16string(u"a\0&;\nb\r\n", 8), false, -1, 7, 0, u"a&;b", 8},
+        {u"", false, -1, 7, 0, nullptr, 0},
+    };
+    for (auto const & row : rows) {
+        SCOPED_TRACE(testing::PrintToString(row.text));
+        _WideStringParser parser = parserOf(row.text);
+        std::int32_t start = 7;
+        std::int32_t end = 7;
+        EXPECT_EQ(parser.nextCode(start, end), row.hasCode);
+        EXPECT_EQ(std::pair(start, end), std::pair(row.start, row.end));
+        EXPECT_EQ(parser.get_position(), row.behindCode);
+        parser.reset();
+        _WideString line(u"former"_w);
+        EXPECT_EQ(parser.nextLine(line), row.line != nullptr);
+        EXPECT_EQ(line.compare(wideOf(row.line == nullptr ? u"former" : row.line)), 0);
+        EXPECT_EQ(parser.get_position(), row.behindLine);
     }
 }
 
@@ -371,28 +219,6 @@ TEST(WideStringParser, StaysLinearWhereQuotesOpenersAndSectionsPileUp) {
     _WideTagArray tags;
     EXPECT_EQ(parserOf(std::u16string(1000000, u'<')).parseTags(&tags, xml, true), 0);
     EXPECT_EQ(parserOf(sections).parseTags(&tags, xml, true), 50000);
-}
-
-TEST(WideStringParser, GoesOnWhereTheHeapRefusedAnEntry) {
-    LeakCheck const check;
-    std::u16string text;
-    for (int count = 0; count < 50; ++count) {
-        text += u"<a>b ";
-    }
-    for (long served = 0; served < 330; ++served) {
-        _WideStringParser parser = parserOf(text);
-        _WideTagArray tags;
-        _WideStringArray words;
-        // A piece whose own text was refused stands there without it.
-        counting_heap::refuseOnce(served);
-        parser.parseTags(&tags, xml, true);
-        parser.parseTags(&tags, xml, false);
-        EXPECT_EQ(tags.get_count(), 99u);
-        parser.parseStrings(&words, true);
-        parser.parseStrings(&words, false);
-        counting_heap::serveAll();
-        EXPECT_EQ(words.get_count(), 51u) << served;
-    }
 }
 
 TEST(TagScanner, YieldsViewsAndGoesOnFromACopy) {

@@ -1,14 +1,12 @@
-#include <bit>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <morvane/streams/file_utility.h>
 #include <morvane/streams/persistant.h>
 #include <morvane/streams/reader.h>
 #include <morvane/strings/data_string.h>
 #include <optional>
-#include <random>
 #include <stream_testing.h>
 #include <temporary_folder.h>
+#include <tuple>
 
 namespace {
 
@@ -42,28 +40,19 @@ TEST(Reader, CallsTheStreamOnlyWhereTheBufferEnds) {
 }
 
 TEST(Reader, ReadsWhatTheStreamReads) {
-    std::mt19937 random(3);
-    for (std::int32_t const bufferSize : {-5, 0, 1, 3, 8, 64, 10000}) {
-        RecordingStream plain(numberedBytes(3000));
-        RecordingStream ahead(numberedBytes(3000));
+    for (std::int32_t const bufferSize : {-5, 0, 3, 64}) {
+        RecordingStream plain(numberedBytes(50));
+        RecordingStream ahead(plain.bytes);
         {
             _Reader reader(ahead, bufferSize);
-            while (plain.position < 2900) {
-                ASSERT_EQ(reader.readByte(), plain.readByte());
-                ASSERT_EQ(reader.readChar(), plain.readChar());
-                ASSERT_EQ(reader.readBoolean(), plain.readBoolean());
-                ASSERT_EQ(reader.readWord(), plain.readWord());
-                ASSERT_EQ(reader.readShort(), plain.readShort());
-                ASSERT_EQ(reader.readLong(), plain.readLong());
-                ASSERT_EQ(reader.readLongWord(), plain.readLongWord());
-                ASSERT_EQ(reader.readValue(), DataType(plain.readLong()));
-                // Compared by their bits: not every pattern equals itself as a number.
-                ASSERT_EQ(std::bit_cast<std::uint32_t>(reader.readFloat()), plain.readLongWord());
-                double const values[] = {reader.readDouble(), plain.readDouble()};
-                ASSERT_EQ(std::memcmp(&values[0], &values[1], sizeof values[0]), 0);
-                auto const count = static_cast<std::uint32_t>(random() % 20);
-                ASSERT_EQ(bytesOf(reader.readText(count)), bytesOf(plain.readText(count)));
-            }
+            auto const values = [](auto & source) {
+                return std::tuple{source.readByte(),     source.readChar(),  source.readBoolean(),
+                                  source.readWord(),     source.readShort(), source.readLong(),
+                                  source.readLongWord(), source.readFloat(), source.readDouble()};
+            };
+            EXPECT_EQ(values(reader), values(plain));
+            EXPECT_EQ(reader.readValue(), DataType(plain.readLong()));
+            EXPECT_EQ(bytesOf(reader.readText(9)), bytesOf(plain.readText(9)));
         }
         EXPECT_EQ(ahead.position, plain.position) << bufferSize;
     }
@@ -90,18 +79,15 @@ TEST(Reader, FailsBeyondTheEndAsTheStreamDoes) {
 
 TEST(Reader, LeavesTheStreamWhereTheReadingStandsAfterAFailure) {
     RecordingStream stream(numberedBytes(20));
-    {
-        _Reader reader(stream, 4);
-        reader.readByte();
-        stream.mostMoved = 2;
-        EXPECT_TRUE(fails([&] { reader.readLong(); }));
-        EXPECT_EQ(stream.position, 1);
-        stream.mostMoved = 20;
-        EXPECT_EQ(reader.readChar(), stream.bytes[1]);
-    }
+    _Reader reader(stream, 4);
+    reader.readByte();
     stream.mostMoved = 2;
+    EXPECT_TRUE(fails([&] { reader.readLong(); }));
+    EXPECT_EQ(stream.position, 1);
     EXPECT_TRUE(fails([&] { _Reader(stream, 4); }));
-    EXPECT_EQ(stream.position, 2);
+    EXPECT_EQ(stream.position, 1);
+    stream.mostMoved = 20;
+    EXPECT_EQ(reader.readChar(), stream.bytes[1]);
 }
 
 TEST(Reader, BelievesNeitherAMissingSizeNorAStoredLength) {
@@ -165,21 +151,20 @@ TEST(Persistant, CarriesAnObjectThroughAFileThatItCloses) {
     note.text = "text";
     EXPECT_TRUE(note._saveToFile(name));
     EXPECT_EQ(folder.get("file"), std::string("\4\0\0\0text", 8));
-    Note loaded;
-    EXPECT_TRUE(loaded._loadFromFile(name));
-    EXPECT_EQ(loaded.text, "text");
-    EXPECT_FALSE(loaded._loadFromFile(folder.name("missing")));
+    note.text = "";
+    EXPECT_TRUE(note._loadFromFile(name));
+    EXPECT_EQ(note.text, "text");
+    EXPECT_FALSE(note._loadFromFile(folder.name("missing")));
     EXPECT_TRUE(fails([&] { note._saveToFile(folder.name("missing/file")); }));
     folder.put("file", "\4");
-    EXPECT_TRUE(fails([&] { loaded._loadFromFile(name); }));
+    EXPECT_TRUE(fails([&] { note._loadFromFile(name); }));
     EXPECT_TRUE(isClosed());
     std::int32_t const handle = _FileUtility::fileOpen(name, 0);
-    EXPECT_TRUE(fails([&] { loaded._loadFromFile(name); }));
+    EXPECT_TRUE(fails([&] { note._loadFromFile(name); }));
     EXPECT_TRUE(fails([&] { note._saveToFile(name); }));
     _FileUtility::fileClose(handle);
     _Persistant base;
-    EXPECT_FALSE(base._loadFromFile(name));
-    EXPECT_FALSE(base._saveToFile(name));
+    EXPECT_FALSE(base._loadFromFile(name) || base._saveToFile(name));
     EXPECT_EQ(folder.get("file"), "");
     EXPECT_TRUE(isClosed());
     EXPECT_EQ(bytesOf(base._toString()), "");

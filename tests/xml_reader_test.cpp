@@ -1,18 +1,12 @@
-#include "counting_heap.h"
 #include "xml_support.h"
 
-#include <algorithm>
-#include <array>
 #include <functional>
 #include <morvane/core/literals.h>
 #include <morvane/strings/wide_string_array.h>
-#include <morvane/strings/wide_string_parser.h>
 #include <morvane/strings/wide_tag.h>
 #include <morvane/strings/wide_tag_array.h>
 #include <morvane/xml/tree_builder.h>
-#include <new>
 #include <pthread.h>
-#include <random>
 
 namespace {
 
@@ -92,18 +86,6 @@ TEST_F(Reader, NullTextEmptiesTheTreeAndKeepsTheSettings) {
     EXPECT_TRUE(document.loadFromString(u"<?xml version='1' encoding='utf-8'?>"_w, error));
     EXPECT_EQ(shown(error), "loadFromString:bad input string");
     EXPECT_EQ(settings(document), before);
-}
-
-TEST_F(Reader, LinksNodesToParentAndDocument) {
-    DOM::_XMLDocument document;
-    ASSERT_EQ(loaded(document, u"<a x='1'><b>t</b></a>"), "a[x=1](b(\"t\"))");
-    DOM::_XMLElement * const a = document.getRoot();
-    auto * const b = static_cast<DOM::_XMLElement *>(a->firstChild());
-    DOM::_XMLNode * const nodes[][2] = {{a, nullptr}, {a->getAttribute(0), a}, {b, a}, {b->firstChild(), b}};
-    for (auto const & [node, parent] : nodes) {
-        EXPECT_EQ(node->get_parentNode(), parent);
-        EXPECT_EQ(node->get_documentNode(), &document);
-    }
 }
 
 TEST_F(Reader, BrokeTagSplitsTheInsideOfATag) {
@@ -191,170 +173,6 @@ TEST(ReaderTraces, AListenerThatThrowsLeavesAUsableDocument) {
     }
 }
 
-/// The steps of the reader as they are told, over the array of tags; its tree is the one line of `shownList`.
-class PlainReader {
-public:
-    explicit PlainReader(_WideTagArray const & array) : tags(array) {}
-
-    /// The children of an element called `parent`, or the top, from the entry at `index` on.
-    std::vector<std::string> parse(std::uint32_t & index, std::u16string const & parent, bool isTop) {
-        std::vector<std::string> nodes;
-        bool running = true;
-        for (; index < tags.get_count() && running; ++index) {
-            if (!tags.getTag(index)->isTag()) {
-                continue;
-            }
-            std::u16string const tag = units(tags.getTag(index)->get_wideString());
-            _WideString const text = wide(tag);
-            trace(std::u16string(u"Data: ").append(tag).append(u"\r\n"));
-            if (text.isDOMElement(_WideString::TAG_STATUS_ENDING)) {
-                trace(u"DOMElement:TAG_STATUS_ENDING");
-                if (!isTop && tag.substr(2, tag.size() - 3) == parent) {
-                    _WideTag const * const before = tags.getTag(index - 1);
-                    if (nodes.empty() && before != nullptr && !before->isTag()) {
-                        trace(u"DOMText");
-                        add(nodes, joined({"\"", shown(before->get_wideString()), "\""}));
-                    }
-                    running = false;
-                }
-            } else if (text.isDOMElement(_WideString::TAG_STATUS_EMPTY)) {
-                trace(u"TAG_STATUS_EMPTY");
-                add(nodes, broken(tag.substr(1, tag.size() - 3), true).second);
-            } else if (text.isDOMCDATASection()) {
-                trace(u"XMLCDATASection");
-                add(nodes, joined({"<![", shown(tag.substr(9, tag.size() - 12)), "]"}));
-            } else if (text.isDOMComment()) {
-                trace(u"XMLComment");
-                add(nodes, joined({"<!--", shown(tag.substr(4, tag.size() - 7)), "]"}));
-            } else if (text.isDOMDocumentType()) {
-                trace(u"XMLDocumentType");
-            } else if (text.isDOMProcessingInstruction()) {
-                trace(u"DOMProcessingInstruction");
-                add(nodes, joined({"?", broken(tag.substr(2, tag.size() - 4), false).second}));
-            } else if (text.isDOMElement(_WideString::TAG_STATUS_BEGINNING)) {
-                trace(u"TAG_STATUS_BEGINNING");
-                auto const [name, element] = broken(tag.substr(1, tag.size() - 2), false);
-                std::uint32_t below = index + 1;
-                std::vector<std::string> const children = parse(below, name, false);
-                index = below - 1;
-                add(nodes, children.empty() ? element : joined({element, "(", list(children), ")"}));
-            }
-        }
-        return nodes;
-    }
-
-    static std::string list(std::vector<std::string> const & nodes) {
-        std::string result;
-        for (std::string const & node : nodes) {
-            result += &node == &nodes.front() ? node : joined({",", node});
-        }
-        return result;
-    }
-
-    std::vector<std::string> traces;
-    std::uint32_t count = 0;
-
-private:
-    void trace(std::u16string const & event) { traces.push_back(shown(event)); }
-    void add(std::vector<std::string> & nodes, std::string const & node) {
-        nodes.push_back(node);
-        ++count;
-    }
-
-    /// The name in the inside of a tag, and the name with the attributes.
-    std::pair<std::u16string, std::string> broken(std::u16string const & inside, bool tracesAttributes) {
-        _WideStringParser parser{Units(inside)};
-        _WideStringArray tokens;
-        parser.parseStringsEx(&tokens, true);
-        std::u16string const name = units(tokens.getString(0));
-        std::vector<std::array<std::u16string, 2>> words;
-        for (std::uint32_t index = 1; index < tokens.get_count(); ++index) {
-            std::u16string const token = units(tokens.getString(index));
-            std::size_t const equals = token.find(u'=');
-            if (equals != std::u16string::npos) {
-                std::u16string const raw = token.substr(equals + 1);
-                trace(raw);
-                bool const isQuoted = raw.size() >= 2 && DOM::isDOMQuote(raw.front()) && DOM::isDOMQuote(raw.back());
-                words.push_back({token.substr(0, equals), isQuoted ? raw.substr(1, raw.size() - 2) : u""});
-            }
-        }
-        if (tracesAttributes) {
-            trace(name);
-        }
-        std::vector<std::array<std::u16string, 2>> attributes;
-        for (auto const & word : words) {
-            auto const found = std::find_if(attributes.begin(), attributes.end(), [&](auto const & attribute) {
-                return wide(attribute[0]).compareNoCase(Units(word[0])) == 0;
-            });
-            if (found != attributes.end()) {
-                (*found)[1] = word[1];
-            } else {
-                attributes.push_back(word);
-            }
-            if (tracesAttributes) {
-                trace(word[0]);
-                trace(word[1]);
-            }
-        }
-        std::string text = shown(name);
-        for (auto const & [attribute, value] : attributes) {
-            text += joined({attribute == attributes[0][0] ? "[" : ",", shown(attribute), "=", shown(value)});
-        }
-        return {name, text + (attributes.empty() ? "" : "]")};
-    }
-
-    _WideTagArray const & tags;
-};
-
-TEST(ReaderOracle, AgreesWithTheStepsOverTheTagArray) {
-    char16_t const * const parts[] = {u"<a>",    u"</a>",      u"<b x=\"1\" X='2'>",
-                                      u"</b>",   u"<c/>",      u"<c y=\"",
-                                      u"\"/>",   u"<!--m-->",  u"<!--",
-                                      u"-->",    u"<![CDATA[", u"]]>",
-                                      u"<?p a=", u"'q'?>",     u"<!DOCTYPE a ",
-                                      u"]>",     u"[",         u"t",
-                                      u" ",      u"\t",        u"\n",
-                                      u">",      u"<",         u"/>",
-                                      u"</",     u"=",         u"\"",
-                                      u"'",      u"<a></a>",   u"<d e=f g='h i' E=\"j\"/>"};
-    std::mt19937 random(20240607);
-    for (int round = 0; round < 20000; ++round) {
-        std::u16string markup;
-        for (std::size_t count = 1 + random() % 12; count > 0; --count) {
-            markup += parts[random() % std::size(parts)];
-        }
-        Units const text(markup);
-
-        _WideStringParser parser(text);
-        _WideTagArray tags;
-        std::int32_t const pieces = parser.parseTags(&tags, _WideStringParser::docTypeXML, true);
-        PlainReader plain(tags);
-        std::uint32_t plainIndex = 0;
-        std::string const expected = PlainReader::list(plain.parse(plainIndex, u"", true));
-
-        DOM::_XMLDocument overArray;
-        {
-            DebugChannel const silence(true);
-            std::uint32_t index = 0;
-            morvane::ArrayPieces array(tags, index);
-            EXPECT_EQ(morvane::TreeBuilder(overArray, nullptr).build(array), plain.count) << shown(markup);
-            EXPECT_EQ(index, plainIndex) << shown(markup);
-        }
-
-        DebugChannel channel;
-        DOM::_XMLDocument document;
-        _WideString error;
-        EXPECT_EQ(document.loadFromString(text, error), plain.count != 0) << shown(markup);
-        EXPECT_EQ(shown(error), pieces < 1 ? "loadFromString:no nodes" : "");
-        EXPECT_EQ(channel.events(), plain.traces) << shown(markup);
-        EXPECT_EQ(shownDocument(document), expected) << shown(markup);
-        EXPECT_EQ(shownDocument(overArray), shownDocument(document)) << shown(markup);
-        if (HasFailure()) {
-            return;
-        }
-    }
-}
-
 TEST_F(Reader, ATreeOfAnArrayEndsAtTheEndTagOfItsParent) {
     _WideTagArray tags;
     for (char16_t const * const tag : {u"<b>", u"</b>", u"</c>", u"</a>", u"<d/>"}) {
@@ -439,36 +257,6 @@ TEST_F(Reader, DepthTakesNoStack) {
             EXPECT_EQ(units(printed.mid((depth - 2) * 3, 11)), u"<a><a/></a>");
         }
     });
-}
-
-TEST_F(Reader, ARefusedRequestFailsTheLoadAndLeavesNothingBehind) {
-    Units const markup(
-        u"<?xml a='1' A='2'?><a b='1'><c>x&#65;</c><d/><!--m--><![CDATA[n]]></a><!--o--><e f='1' g='2'/>");
-    for (long served = 0;; ++served) {
-        counting_heap::LeakCheck const check;
-        long const before = counting_heap::requests();
-        bool isWhole = false;
-        try {
-            counting_heap::refuseOnce(served);
-            DOM::_XMLDocument document;
-            _WideString error;
-            isWhole = document.loadFromString(markup, error);
-            EXPECT_EQ(error.isEmpty() && document.hasRoot(), isWhole) << served;
-            DOM::_XMLDocument const copy(document);
-            static_cast<void>(document.toFormatString());
-            if (isWhole) {
-                DOM::_XMLElement const element(*document.getRoot());
-                document.getRoot()->addElement(u"g"_w, u"h"_w);
-                document.set_encoding(DOM::charsetUTF16);
-            }
-        } catch (std::bad_alloc const &) {
-        }
-        counting_heap::serveAll();
-        if (counting_heap::requests() - before <= served) {
-            EXPECT_TRUE(isWhole);
-            break;
-        }
-    }
 }
 
 TEST_F(Reader, TakesVeryManySiblings) {
