@@ -1,8 +1,8 @@
-// Units taken from a pool and blocks from the manager, and given back, beside a plain list of stacks.
+// Units taken from a pool and given back, beside a plain list of stacks.
 
 #include "fuzz_input.h"
 
-#include <morvane/core/memory_manager.h>
+#include <morvane/core/memory_block.h>
 #include <morvane/platform/debug_channel.h>
 #include <vector>
 
@@ -20,7 +20,11 @@ struct PlainNode {
     std::vector<std::size_t> freeUnits;
 };
 
-void usePool(FuzzInput input) {
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t size) {
+    morvane::platform::setDebugListener(nullptr);
+    FuzzInput input(data, size);
     auto const unitSize = static_cast<std::uint16_t>(1 + input.below(64));
     std::uint32_t const unitCount = 1 + input.value<std::uint8_t>() % 8U;
     OpenBlock block(unitSize, unitCount);
@@ -68,40 +72,5 @@ void usePool(FuzzInput input) {
         }
         expect(node == nullptr);
     }
-}
-
-void useManager(FuzzInput input) {
-    _MemoryManager manager(1024);
-    std::vector<std::pair<char *, std::string>> blocks; // with what was written into them
-    while (!input.isEmpty() || !blocks.empty()) {
-        auto const choice = input.value<std::uint8_t>();
-        if (choice % 2 == 0 && !blocks.empty()) {
-            std::swap(blocks[choice / 2 % blocks.size()], blocks.back());
-            auto const [bytes, told] = blocks.back();
-            blocks.pop_back();
-            expect(std::string_view(bytes, told.size()) == told);
-            manager.fastUnallocate(bytes);
-        } else {
-            std::uint32_t const size = input.value<std::uint16_t>() % 1100U;
-            auto * const bytes = static_cast<char *>(manager.fastAllocate(size, choice % 4 == 1));
-            expect(choice % 4 != 1 || std::string_view(bytes, size) == std::string(size, '\0'));
-            auto const & part = *_MemoryBlock::pointerToMemoryPart(bytes);
-            std::uint32_t limit = 16;
-            while (limit < size) {
-                limit *= 2;
-            }
-            expect(part.unitSize == (size > 1024 ? 0xFFFF : limit) && part.size == (size > 1024 ? size : 0));
-            blocks.emplace_back(bytes, std::string(size, static_cast<char>(choice)));
-            blocks.back().second.copy(bytes, size);
-        }
-    }
-}
-
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t size) {
-    morvane::platform::setDebugListener(nullptr);
-    usePool({data, size});
-    useManager({data, size});
     return 0;
 }

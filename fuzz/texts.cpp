@@ -36,7 +36,7 @@ void edit(FuzzInput input) {
         return made;
     };
     while (!input.isEmpty() && told.size() < 2000) {
-        std::size_t const kind = input.below(8);
+        std::size_t const kind = input.below(7);
         Unit const one = unit();
         Model some = piece(kind == 4 ? 3 : 40);
         Model to = piece(5);
@@ -74,10 +74,6 @@ void edit(FuzzInput input) {
             text.makeLower();
             std::reverse(told.begin(), told.end());
             told = lower(told);
-            break;
-        case 6:
-            text.add(text);
-            told += told;
             break;
         default:
             text.add(one, count % 20);

@@ -5,6 +5,7 @@
 #include "text_model.h"
 
 #include <algorithm>
+#include <iterator>
 #include <morvane/xml/xml_document.h>
 #include <optional>
 #include <string>
@@ -116,6 +117,17 @@ struct Tree {
     }
 };
 
+/// The forms of a tag in the order in which they are tried.
+struct Form {
+    std::u16string_view opening, closing, trace;
+    int type; ///< of the node that it makes; 0 for an end tag
+};
+inline constexpr Form forms[] = {
+    {u"</", u">", u"DOMElement:TAG_STATUS_ENDING", 0}, {u"<", u"/>", u"TAG_STATUS_EMPTY", 1},
+    {u"<![CDATA[", u"]]>", u"XMLCDATASection", 4},     {u"<!--", u"-->", u"XMLComment", 8},
+    {u"<!DOCTYPE", u"]>", u"XMLDocumentType", 10},     {u"<?", u"?>", u"DOMProcessingInstruction", 7},
+    {u"<", u">", u"TAG_STATUS_BEGINNING", 1}};
+
 /// What a text comes to, its references being resolved first.
 inline Tree read(std::u16string const & text) {
     std::size_t position = 0;
@@ -123,61 +135,46 @@ inline Tree read(std::u16string const & text) {
     Tree tree;
     tree.pieces = pieces.size();
     std::size_t current = 0;
-    auto const trace = [&tree](std::u16string const & event) { tree.traces.push_back(event); };
     auto const addBroken = [&](int type, std::u16string const & inside, bool traces) {
         std::vector<Attribute> all;
         std::u16string const name = brokeTag(inside, all, tree.traces).value_or(u"");
         tree.add(type, name, u"", current);
-        traces ? trace(name) : void();
+        traces ? tree.traces.push_back(name) : void();
         for (Attribute const & attribute : all) {
             std::vector<Attribute> & merged = tree.nodes.back().attributes;
             auto const found = std::find_if(merged.begin(), merged.end(), [&](Attribute const & other) {
                 return text_model::lower(other.first) == text_model::lower(attribute.first);
             });
             found == merged.end() ? merged.push_back(attribute) : void(found->second = attribute.second);
-            traces ? trace(attribute.first), trace(attribute.second) : void();
+            tree.traces.insert(tree.traces.end(), traces ? 1U : 0U, attribute.first);
+            tree.traces.insert(tree.traces.end(), traces ? 1U : 0U, attribute.second);
         }
     };
     for (std::size_t index = 0; index < pieces.size(); ++index) {
         std::u16string const & tag = pieces[index].first;
-        auto const is = [&tag](std::u16string_view opening, std::u16string_view closing) {
-            return tag.size() >= opening.size() + closing.size() && tag.starts_with(opening) && tag.ends_with(closing);
-        };
-        auto const inside = [&tag](std::size_t front, std::size_t back) {
-            return tag.substr(front, tag.size() - front - back);
-        };
         if (!pieces[index].second) {
             continue;
         }
         // A trace of a format is cut at its limit.
-        trace((u"Data: " + tag + u"\r\n").substr(0, 32767));
-        if (is(u"</", u">")) {
-            trace(u"DOMElement:TAG_STATUS_ENDING");
-            if (current != 0 && inside(2, 1) == tree.nodes[current].name) {
-                if (tree.nodes[current].children.empty() && !pieces[index - 1].second) {
-                    trace(u"DOMText");
-                    tree.add(3, u"", pieces[index - 1].first, current);
-                }
-                current = tree.nodes[current].parent;
+        tree.traces.push_back((u"Data: " + tag + u"\r\n").substr(0, 32767));
+        Form const & form = *std::find_if(std::begin(forms), std::end(forms), [&tag](Form const & each) {
+            return tag.size() >= each.opening.size() + each.closing.size() && tag.starts_with(each.opening)
+                   && tag.ends_with(each.closing);
+        });
+        tree.traces.emplace_back(form.trace);
+        std::u16string const inside =
+            tag.substr(form.opening.size(), tag.size() - form.opening.size() - form.closing.size());
+        if (form.type == 1 || form.type == 7) {
+            addBroken(form.type, inside, form.closing == u"/>");
+            current = form.closing == u">" ? tree.nodes.size() - 1 : current;
+        } else if (form.type == 4 || form.type == 8) {
+            tree.add(form.type, u"", inside, current);
+        } else if (form.type == 0 && current != 0 && inside == tree.nodes[current].name) {
+            if (tree.nodes[current].children.empty() && !pieces[index - 1].second) {
+                tree.traces.emplace_back(u"DOMText");
+                tree.add(3, u"", pieces[index - 1].first, current);
             }
-        } else if (is(u"<", u"/>")) {
-            trace(u"TAG_STATUS_EMPTY");
-            addBroken(1, inside(1, 2), true);
-        } else if (is(u"<![CDATA[", u"]]>")) {
-            trace(u"XMLCDATASection");
-            tree.add(4, u"", inside(9, 3), current);
-        } else if (is(u"<!--", u"-->")) {
-            trace(u"XMLComment");
-            tree.add(8, u"", inside(4, 3), current);
-        } else if (is(u"<!DOCTYPE", u"]>")) {
-            trace(u"XMLDocumentType");
-        } else if (is(u"<?", u"?>")) {
-            trace(u"DOMProcessingInstruction");
-            addBroken(7, inside(2, 2), false);
-        } else {
-            trace(u"TAG_STATUS_BEGINNING");
-            addBroken(1, inside(1, 1), false);
-            current = tree.nodes.size() - 1;
+            current = tree.nodes[current].parent;
         }
     }
     return tree;
