@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <limits>
 #include <morvane/platform/process_heap.h>
 
 namespace counting_heap {
@@ -16,6 +17,7 @@ constinit std::atomic<std::size_t> bytesAskedLast{0};
 /// Requests still to be served before one is refused; below 0 all are served.
 constinit std::atomic<long> servedBefore{-1};
 constinit std::atomic<bool> refusesOn{false};
+constinit std::atomic<std::size_t> mostBytes{std::numeric_limits<std::size_t>::max()};
 
 bool refuses() {
     long left = servedBefore.load();
@@ -59,8 +61,13 @@ void refuseOnce(long served) {
     servedBefore = served;
 }
 
+void refuseAbove(std::size_t bytes) {
+    mostBytes = bytes;
+}
+
 void serveAll() {
     servedBefore = -1;
+    mostBytes = std::numeric_limits<std::size_t>::max();
 }
 
 LeakCheck::LeakCheck() : liveAtFirst(liveBlocks()) {}
@@ -82,7 +89,7 @@ void * processHeap() noexcept {
 void * heapAllocate(std::size_t bytes, bool zeroed) noexcept {
     ++counting_heap::asked;
     counting_heap::bytesAskedLast = bytes;
-    if (counting_heap::refuses()) {
+    if (counting_heap::refuses() || bytes > counting_heap::mostBytes) {
         return nullptr;
     }
     std::size_t const count = bytes != 0 ? bytes : 1;

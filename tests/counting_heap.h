@@ -18,6 +18,8 @@ std::size_t lastBytes();
 void refuseAfter(long served);
 /// Refuses the one request after the next `served` ones.
 void refuseOnce(long served);
+/// Refuses every request of more than `bytes`.
+void refuseAbove(std::size_t bytes);
 void serveAll();
 
 /// Fails the running test, when it goes, if blocks were handed out since it was made and are still live; serves again.

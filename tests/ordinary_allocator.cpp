@@ -1,5 +1,6 @@
 #include "ordinary_allocator.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <limits>
 #include <new>
@@ -15,10 +16,11 @@ namespace {
 /// The numbers of the first request that is refused and of the first one that is served again.
 constinit std::atomic<long> firstRefused{0};
 constinit std::atomic<long> firstServed{0};
+constinit std::atomic<std::size_t> mostBytes{std::numeric_limits<std::size_t>::max()};
 
 void * allocate(std::size_t bytes) {
     long const number = requests++;
-    if (number >= firstRefused && number < firstServed) {
+    if ((number >= firstRefused && number < firstServed) || bytes > mostBytes) {
         return nullptr;
     }
     void * const block = std::malloc(bytes != 0 ? bytes : 1);
@@ -51,8 +53,13 @@ void refuse(long served, bool goesOn) {
     firstServed = goesOn ? std::numeric_limits<long>::max() : firstRefused + 1;
 }
 
+void refuseAbove(std::size_t bytes) {
+    mostBytes = bytes;
+}
+
 void serveAll() {
     firstServed = 0;
+    mostBytes = std::numeric_limits<std::size_t>::max();
 }
 
 } // namespace ordinary_allocator

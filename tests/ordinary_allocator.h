@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 
 namespace ordinary_allocator {
 
@@ -17,6 +18,8 @@ extern std::atomic<long> servedBeforeRefusal;
 /// Refuses the request after the next `served` ones, whether it gives null or throws, and, where it `goesOn`, all
 /// others until `serveAll`.
 void refuse(long served, bool goesOn);
+/// Refuses every request of more than `bytes` in the same way.
+void refuseAbove(std::size_t bytes);
 void serveAll();
 
 } // namespace ordinary_allocator
