@@ -227,12 +227,17 @@ PROTECTED(_Image, createImage, bool (C::*)(Int, Int, unsigned char))
 PROTECTED(_Image, destroyImage, bool (C::*)())
 // clang-format on
 
-// What stands in memory or in files as it is told, on a system with pointers of 64 bits.
+// What stands in memory or in files as it is told: the pointers in it, of which a table is one, and the other bytes.
+template <typename Class>
+constexpr bool isOf(std::size_t pointers, std::size_t others) {
+    std::size_t const size = pointers * sizeof(void *) + others;
+    return sizeof(Class) == (size + alignof(Class) - 1) / alignof(Class) * alignof(Class);
+}
 static_assert(sizeof(COM::ComIdentifier) == 18);
 static_assert(sizeof(_MemoryBlock::_MemoryPart) == 8 && sizeof(_MemoryBlock::_MemoryNode) <= 16);
-static_assert(sizeof(_WideString) == 16 && sizeof(_DataString) == 24 && sizeof(_WideTag) == 32);
-static_assert(sizeof(_Exception) == 32 && sizeof(_MemoryException) == 32);
-static_assert(sizeof(_Color) == 16 && sizeof(_Image) == 40);
-static_assert(sizeof(COM::_IUnknown) == 24 && sizeof(COM::_IModuleFactory) == 32);
+static_assert(isOf<_WideString>(1, 8) && isOf<_DataString>(2, 4) && isOf<_WideTag>(2, 12));
+static_assert(isOf<_Exception>(2, 12) && isOf<_MemoryException>(2, 12));
+static_assert(isOf<_Color>(1, 4) && isOf<_Image>(3, 12));
+static_assert(isOf<COM::_IUnknown>(2, 4) && isOf<COM::_IModuleFactory>(3, 5));
 
 } // namespace

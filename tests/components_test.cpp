@@ -61,7 +61,7 @@ Field & fieldOf(COM::_IUnknown * object, std::size_t offset) {
 constexpr std::size_t classFactoryOffset = sizeof(void *);
 constexpr std::size_t referenceCountOffset = 2 * sizeof(void *);
 constexpr std::size_t serverLockedOffset = referenceCountOffset + 4;
-constexpr std::size_t serverModuleOffset = 3 * sizeof(void *);
+constexpr std::size_t serverModuleOffset = sizeof(void *) == 8 ? 24 : 16;
 
 TEST(ClassIdentifier, IsCutAndFilledUp) {
     for (std::string const text : {"123456789", "ABCDE", "AB", ""}) {

@@ -3,9 +3,16 @@
 
 #include <gtest/gtest.h>
 #include <morvane/core/exception.h>
+#include <morvane/core/literals.h>
 #include <morvane/core/memory_exception.h>
 #include <morvane/streams/persistant.h>
+#include <morvane/xml/xml_comment.h>
+#include <morvane/xml/xml_document.h>
+#include <morvane/xml/xml_element.h>
+#include <morvane/xml/xml_text.h>
 #include <string>
+
+using namespace morvane::literals;
 
 namespace {
 
@@ -67,6 +74,30 @@ TEST(Exception, CopiesHoldTheirOwnText) {
         EXPECT_EQ(textOf(exception), "first");
     }
     EXPECT_EQ(textOf(source), "second");
+}
+
+TEST(Boundary, IsCrossedByCastsAndByClassesOfClients) {
+    // What the library makes is known by its own class here, and what a client derives there.
+    DOM::_XMLDocument document;
+    _WideString error;
+    ASSERT_TRUE(document.loadFromString(u"<a><b/></a>"_w, error));
+    DOM::_XMLNode * const node = document.getRoot()->getNode(0);
+    EXPECT_NE(dynamic_cast<DOM::_XMLElement *>(node), nullptr);
+    EXPECT_EQ(dynamic_cast<DOM::_XMLText *>(node), nullptr);
+    int gone = 0;
+    struct Derived : DOM::_XMLComment {
+        explicit Derived(int & counter) : count(counter) {}
+        ~Derived() override { ++count; }
+        _WideString toString(std::int32_t) override { return u"<!--derived-->"_w; }
+
+        int & count;
+    };
+    _Object * const derived = document.getRoot()->addChildNode(new Derived(gone));
+    EXPECT_NE(dynamic_cast<Derived *>(derived), nullptr);
+    _WideString const text = document.toFormatString();
+    EXPECT_GE(text.find(u"<!--derived-->"_w), 0);
+    document.resetDocument();
+    EXPECT_EQ(gone, 1);
 }
 
 } // namespace

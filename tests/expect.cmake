@@ -26,7 +26,7 @@ endfunction()
 
 # What a program printed, held against a committed file. Times differ from run to run and are masked.
 function(expect_output actual expected)
-    string(REGEX REPLACE "in [0-9.]+ ms" "in ... ms" actual "${actual}")
+    string(REGEX REPLACE "in [0-9.,]+ ms" "in ... ms" actual "${actual}")
     file(READ "${expected}" wanted)
     if(NOT actual STREQUAL wanted)
         fault("The output differs from ${expected}:\n${actual}")

@@ -305,7 +305,8 @@ TEST_F(Files, TellDatesByTheRulesOfTheirOwnMoment) {
 TEST(LastError, HasTheTextOfTheSystem) {
     unsigned short int text[64];
     std::size_t const count = lastErrorText(ENOENT, text, 64);
-    EXPECT_EQ(std::string(text, text + count + 1), strerror(ENOENT) + std::string(1, 0));
+    EXPECT_EQ(std::u16string(text, text + count), std::filesystem::path(strerror(ENOENT)).u16string());
+    EXPECT_EQ(text[count], 0);
     EXPECT_EQ(lastErrorText(ENOENT, text, 6), 4u) << "cut, with room for a pair";
     EXPECT_EQ(text[4], 0);
     EXPECT_EQ(lastErrorText(987654, text, 64) + text[0], 0u);

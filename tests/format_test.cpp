@@ -104,6 +104,7 @@ void expectFloatsAsPrinted(std::string const & size) {
 }
 
 TEST(Format, PrintsFloatsOfEverySizeAsTheCLibraryDoes) {
+    std::setlocale(LC_NUMERIC, "C"); // for the C library's sake
     expectFloatsAsPrinted<double>("");
     expectFloatsAsPrinted<double>("l");
     expectFloatsAsPrinted<long double>("L");

@@ -78,15 +78,15 @@ bool document() {
         document.set_encoding(charset);
         _WideString const printed = document.toFormatString();
         isWhole = isThere(printed) && isWhole;
-        std::remove(path.c_str());
+        std::FILE * file = std::fopen(path.c_str(), "wb");
+        std::fputs("former", file);
+        std::fclose(file);
         bool const isSaved = document.saveToFile(target, error);
-        std::FILE * const file = std::fopen(path.c_str(), "rb");
-        require(isSaved == (file != nullptr)); // no file at all, or a whole one
-        if (file != nullptr) {
-            std::fseek(file, 0, SEEK_END);
-            require(std::ftell(file) >= (isThere(printed) ? std::int64_t{printed.get_length()} : 400));
-            std::fclose(file);
-        }
+        file = std::fopen(path.c_str(), "rb");
+        std::fseek(file, 0, SEEK_END);
+        std::int64_t const bytes = std::ftell(file);
+        std::fclose(file);
+        require(isSaved ? bytes >= (isThere(printed) ? printed.get_length() : 400) : bytes == 6);
         isWhole = isSaved && isWhole;
     }
     return isWhole;

@@ -1,6 +1,7 @@
 // What the system does to files: names that open nothing, full disks, limits of the process, signals, pipes.
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <fcntl.h>
 #include <file_testing.h>
 #include <functional>
@@ -48,6 +49,11 @@ private:
 
 class SystemFaults : public Files {
 protected:
+    ~SystemFaults() override {
+        if (callsMade != 0) {
+            std::printf("%zu loads and saves under a fault\n", callsMade);
+        }
+    }
     SystemFaults() {
         _WideString error;
         EXPECT_TRUE(document.loadFromString(u"<root><child/></root>"_w, error));
@@ -57,10 +63,10 @@ protected:
     /// One sign a call: t for true, f for false, 0 for the `int` 0.
     std::string answersOf(std::vector<std::function<bool()>> const & calls) {
         std::string answers;
+        callsMade += calls.size();
         for (auto const & call : calls) {
             bool result = false;
             answers += fails([&] { result = call(); }) ? '0' : result ? 't' : 'f';
-            faults += answers.back() != 't' ? 1 : 0;
         }
         return answers;
     }
@@ -91,7 +97,7 @@ protected:
     }
 
     DOM::_XMLDocument document;
-    int faults = 0;
+    std::size_t callsMade = 0;
 };
 
 TEST_F(SystemFaults, HaveTheToldAnswersAndLeaveNoFileOpen) {
@@ -131,7 +137,6 @@ TEST_F(SystemFaults, HaveTheToldAnswersAndLeaveNoFileOpen) {
         EXPECT_EQ(lastError(), EMFILE);
     }
     EXPECT_EQ(folder.get("file"), "text") << "a refused create cuts nothing";
-    RecordProperty("faults", faults);
 }
 
 TEST_F(SystemFaults, StopFilesAtTheLimitOfTheirSizeAndNotTheProcess) {

@@ -160,10 +160,10 @@ TEST(LastError, HasTheTextOfTheSystemAndIsShownByThePresenter) {
         setTextPresenter([](unsigned short int const * text, unsigned short int const * caption) {
             shownText = textOf(caption) + u"|" + textOf(text);
         });
-    std::string const expected = "error|" + std::generic_category().message(ENOENT);
+    std::filesystem::path const expected = "error|" + std::generic_category().message(ENOENT);
     setLastError(ENOENT);
     _SystemUtility::displayLastError();
-    EXPECT_EQ(shownText, std::u16string(expected.begin(), expected.end()));
+    EXPECT_EQ(shownText, expected.u16string());
     EXPECT_NE(setTextPresenter(nullptr), nullptr);
     _SystemUtility::displayLastError();
     EXPECT_EQ(setTextPresenter(first), nullptr);

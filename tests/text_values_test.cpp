@@ -2,6 +2,7 @@
 #include "text_battery.h"
 
 #include <climits>
+#include <clocale>
 #include <cstdint>
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -78,6 +79,7 @@ TYPED_TEST(TextValues, ReadsNumbersAsTold) {
 }
 
 TYPED_TEST(TextValues, RoundsDecimalNumbersOfAnyLength) {
+    std::setlocale(LC_NUMERIC, "C"); // for the C library's sake
     // Midpoints of neighbouring doubles and what lies just above, and the ends of their range.
     for (std::string const & number :
          {std::string("9007199254740993"), std::string("9007199254740993").append(900, '0').append(".0"),

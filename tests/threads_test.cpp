@@ -1,0 +1,103 @@
+// Pools for all threads at once, and objects that belong to one thread at a time but go from thread to thread.
+#include <array>
+#include <atomic>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <memory>
+#include <morvane/core/lifecycle.h>
+#include <morvane/core/literals.h>
+#include <morvane/morvane.h>
+#include <mutex>
+#include <temporary_folder.h>
+#include <thread>
+#include <vector>
+
+using namespace morvane::literals;
+
+namespace {
+
+constexpr unsigned threadCount = 4;
+
+/// What threads hand to each other.
+template <typename Thing>
+class Mailbox {
+public:
+    void put(Thing thing) {
+        std::scoped_lock const lock(mutex);
+        things.push_back(std::move(thing));
+    }
+    std::vector<Thing> takeAll() {
+        std::scoped_lock const lock(mutex);
+        return std::exchange(things, {});
+    }
+
+private:
+    std::mutex mutex;
+    std::vector<Thing> things;
+};
+
+/// Runs `work` with the numbers of the threads, each on its own thread.
+template <typename Work>
+void runInThreads(Work work) {
+    std::vector<std::jthread> threads;
+    while (threads.size() < threadCount) {
+        threads.emplace_back(work, static_cast<unsigned>(threads.size()));
+    }
+}
+
+TEST(Threads, HandBlocksOfThePoolsToEachOther) {
+    struct Block {
+        unsigned char * bytes;
+        std::uint32_t size;
+    };
+    std::array<Mailbox<Block>, threadCount> mailboxes;
+    std::atomic<int> damaged{0};
+    auto const giveBack = [&](unsigned number) {
+        for (auto const & [bytes, size] : mailboxes[number].takeAll()) {
+            damaged += bytes[0] == size % 251 && bytes[size - 1] == size % 251 ? 0 : 1;
+            globalMemoryManager->fastUnallocate(bytes);
+        }
+    };
+    runInThreads([&](unsigned number) {
+        for (std::uint32_t round = 0; round < 20000; ++round) {
+            std::uint32_t const size = round * 37 % 1500 + 1;
+            auto * const bytes = static_cast<unsigned char *>(globalMemoryManager->fastAllocate(size, false));
+            std::memset(bytes, static_cast<int>(size % 251), size);
+            mailboxes[(number + round) % threadCount].put({bytes, size});
+            giveBack(number);
+        }
+    });
+    for (unsigned number = 0; number < threadCount; ++number) {
+        giveBack(number);
+    }
+    EXPECT_EQ(damaged, 0);
+}
+
+TEST(Threads, HaveADocumentEach) {
+    TemporaryFolder const folder;
+    std::array<Mailbox<std::unique_ptr<DOM::_XMLDocument>>, threadCount> mailboxes;
+    std::atomic<int> wrong{0};
+    runInThreads([&](unsigned number) {
+        std::string const own = std::to_string(number);
+        FileName const source = folder.put("source" + own, "<?xml version='1.0'?><a b='c'><d>\u20AC</d><!--f--></a>");
+        FileName const target = folder.name("target" + own);
+        std::string first;
+        for (unsigned round = 0; round < 200; ++round) {
+            auto document = std::make_unique<DOM::_XMLDocument>();
+            _WideString error;
+            wrong += document->loadFromFile(source, error) ? 0 : 1;
+            document->getRoot()->addElement(u"g"_w, u"h"_w);
+            wrong += document->saveToFile(target, error) ? 0 : 1;
+            std::string const saved = folder.get("target" + own);
+            first = first.empty() ? saved : first;
+            wrong += saved == first && saved.size() > 80 ? 0 : 1;
+            mailboxes[(number + 1) % threadCount].put(std::move(document));
+            for (auto const & former : mailboxes[number].takeAll()) {
+                wrong += former->getRoot()->getAttributeCount() == 1 ? 0 : 1;
+            }
+        }
+    });
+    EXPECT_EQ(wrong, 0);
+}
+
+} // namespace
