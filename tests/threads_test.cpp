@@ -2,6 +2,7 @@
 #include <array>
 #include <atomic>
 #include <cstring>
+#include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <morvane/core/lifecycle.h>
@@ -14,31 +15,35 @@
 
 using namespace morvane::literals;
 
+#ifdef __SANITIZE_THREAD__
+/// The C library guards its time zone by a lock that the sanitizer does not see.
+extern "C" char const * __tsan_default_suppressions() { // NOLINT(bugprone-reserved-identifier): the sanitizer's name
+    return "race:tzset_internal";
+}
+#endif
+
 namespace {
 
 constexpr unsigned threadCount = 4;
 
 /// What threads hand to each other.
 template <typename Thing>
-class Mailbox {
-public:
-    void put(Thing thing) {
-        std::scoped_lock const lock(mutex);
-        things.push_back(std::move(thing));
-    }
+struct Mailbox {
     std::vector<Thing> takeAll() {
         std::scoped_lock const lock(mutex);
         return std::exchange(things, {});
     }
+    void put(Thing thing) {
+        std::scoped_lock const lock(mutex);
+        things.push_back(std::move(thing));
+    }
 
-private:
     std::mutex mutex;
     std::vector<Thing> things;
 };
 
 /// Runs `work` with the numbers of the threads, each on its own thread.
-template <typename Work>
-void runInThreads(Work work) {
+void runInThreads(std::function<void(unsigned)> const & work) {
     std::vector<std::jthread> threads;
     while (threads.size() < threadCount) {
         threads.emplace_back(work, static_cast<unsigned>(threads.size()));
@@ -46,11 +51,7 @@ void runInThreads(Work work) {
 }
 
 TEST(Threads, HandBlocksOfThePoolsToEachOther) {
-    struct Block {
-        unsigned char * bytes;
-        std::uint32_t size;
-    };
-    std::array<Mailbox<Block>, threadCount> mailboxes;
+    std::array<Mailbox<std::pair<unsigned char *, std::uint32_t>>, threadCount> mailboxes;
     std::atomic<int> damaged{0};
     auto const giveBack = [&](unsigned number) {
         for (auto const & [bytes, size] : mailboxes[number].takeAll()) {
