@@ -1,6 +1,9 @@
 #include "xml_support.h"
 
+#include <memory>
+#include <morvane/core/lifecycle.h>
 #include <morvane/core/literals.h>
+#include <morvane/core/memory.h>
 #include <morvane/xml/dom_options.h>
 #include <morvane/xml/xml_cdata_section.h>
 #include <morvane/xml/xml_comment.h>
@@ -293,6 +296,105 @@ TEST_F(Model, CopiesOfADocumentOutliveIt) {
     EXPECT_EQ(shown(survivor.toFormatString()), "<a>\\x000a  <b>x</b>\\x000a  <w/>\\x000d\\x000a</a>\\x000a");
     survivor.resetDocument();
     EXPECT_EQ(log, "w");
+}
+
+/// Text buffers that live, as the counts of the heap tell.
+std::int32_t liveTexts() {
+    return globalProcessMemory->heapAllocationCount() - globalProcessMemory->heapUnallocationCount();
+}
+
+TEST_F(Model, EveryNodeCountsTwoTextsHoweverItWasMade) {
+    std::int32_t const before = liveTexts();
+    DOM::_XMLText given;
+    EXPECT_EQ(liveTexts() - before, 2);
+    given.set_nodeValue(u"x"_w);
+    DOM::_XMLText const copy(given);
+    EXPECT_EQ(liveTexts() - before, 4);
+    DOM::_XMLDocument document;
+    std::int32_t const empty = liveTexts();
+    ASSERT_EQ(loaded(document, u"<?p q='r'?><a b='1' c='2' B='3'><d>e</d><f/></a>"), "?p[q=r],a[b=3,c=2](d(\"e\"),f)");
+    EXPECT_EQ(liveTexts() - empty, 16);
+    DOM::_XMLElement & root = *document.getRoot();
+    root.set_nodeName(u"name"_w);
+    root.setAttributeNamed(u"C"_w, u"4"_w);
+    EXPECT_EQ(liveTexts() - empty, 16);
+    static_cast<DOM::_XMLElement *>(root.getNode(1))->addElement(u"g"_w, u"h"_w);
+    root.get_childElements();
+    EXPECT_EQ(liveTexts() - empty, 20);
+    EXPECT_EQ(shownDocument(document), "?p[q=r],name[b=3,c=4](d(\"e\"),f(g(\"h\")))");
+    document.resetDocument();
+    EXPECT_EQ(liveTexts(), empty);
+    // What was read and left alone goes at once.
+    loaded(document, u"<a b='1' c='2'><d>e</d><f/></a><!--g-->");
+    EXPECT_EQ(liveTexts() - empty, 14);
+    document.resetDocument();
+    EXPECT_EQ(liveTexts(), empty);
+}
+
+TEST_F(Model, NodesThatWereReadCanBeTakenOutAndOutliveTheRest) {
+    std::string log;
+    char16_t const * const markup = u"<?p q='r'?><a b='1' c='2'><d>e</d><f g='h'/><i/></a><j><k/></j>";
+    for (int way = 0; way < 5; ++way) {
+        auto document = std::make_unique<DOM::_XMLDocument>();
+        loaded(*document, markup);
+        DOM::_XMLElement & root = *document->getRoot();
+        DOM::_XMLNode * taken = nullptr;
+        switch (way) {
+        case 0:
+            taken = &root;
+            document->get_childNodes()->setItem(1, nullptr);
+            break;
+        case 1:
+            taken = root.getNode(1);
+            root.get_childElements()->setItem(1, nullptr);
+            break;
+        case 2:
+            taken = root.getAttribute(1);
+            root.get_attributes()->setItem(1, nullptr);
+            break;
+        case 3:
+            // One more child among those that were read.
+            static_cast<DOM::_XMLElement *>(root.getNode(2))->addChildNode(new WatchedText(log));
+            break;
+        default:
+            document->get_childNodes()->set_deleteAll(false);
+            taken = document->get_childNodes()->getObject(2) == nullptr ? nullptr : root.getNode(0);
+            delete document->get_childNodes()->getObject(0);
+            delete document->get_childNodes()->getObject(2);
+            root.get_childElements()->setItem(0, nullptr);
+            delete &root;
+            break;
+        }
+        document.reset();
+        if (taken != nullptr) {
+            log += shownNode(*taken) + shown(taken->get_nodeValue());
+            taken->set_documentNode(nullptr);
+            taken->set_nodeValue(u"set"_w);
+            EXPECT_EQ(shown(taken->get_nodeValue()), "set");
+            EXPECT_EQ(taken->get_documentNode(), nullptr);
+            delete taken;
+        }
+        log += "|";
+    }
+    EXPECT_EQ(log, "a[b=1,c=2](d(\"e\"),f[g=h],i)|f[g=h]|(unexpected node)2|(i)|d(\"e\")|");
+}
+
+TEST_F(Model, CopiesOfAReadDocumentOutliveIt) {
+    DOM::_XMLDocument survivor;
+    {
+        DOM::_XMLDocument source;
+        loaded(source, u"<?p q='r'?><a b='1'><c>d</c></a>");
+        source.getRoot()->set_nodeValue(u"set"_w);
+        survivor = source;
+    }
+    DOM::_XMLElement & root = *survivor.getRoot();
+    for (DOM::_XMLNode const * const node :
+         {static_cast<DOM::_XMLNode *>(&root), static_cast<DOM::_XMLNode *>(root.getAttribute(0)), root.firstChild()}) {
+        EXPECT_EQ(node->get_documentNode(), &survivor);
+    }
+    DOM::_XMLElement const copy(root);
+    EXPECT_EQ(copy.getNode(0), root.getNode(0));
+    EXPECT_EQ(shownDocument(survivor), "?p[q=r],a[b=1](c(\"d\"))");
 }
 
 TEST_F(Model, TextsOfNodesAreLiveWhateverTheyWereGiven) {

@@ -1,6 +1,5 @@
 #include <morvane/strings/tag_scanner.h>
 
-#include <bit>
 #include <morvane/strings/unit_search.h>
 #include <morvane/strings/unit_stops.h>
 
@@ -43,22 +42,6 @@ std::size_t findClosing(WideView text, std::size_t from, std::size_t brackets) n
 
 } // namespace
 
-TagScanner::Found TagScanner::findTag(std::size_t & begin, std::size_t & last) noexcept {
-    // Nearly every tag is a "<" and a ">" with no delimiter in front of them; everything else takes the other way.
-    std::size_t const first = nextStop();
-    if (first == text.length || text[first] != u'<') {
-        return findOddTag(begin, last);
-    }
-    std::size_t const second = nextStop();
-    if (second == text.length || text[second] != u'>' || (rules == Rules::xml && closingBrackets(text, first) != 0)) {
-        return findOddTag(begin, last);
-    }
-    begin = first;
-    last = second;
-    place = second + 1;
-    return Found::tag;
-}
-
 TagScanner::Found TagScanner::findOddTag(std::size_t & begin, std::size_t & last) noexcept {
     begin = notFound;
     last = notFound;
@@ -88,26 +71,6 @@ TagScanner::Found TagScanner::findOddTag(std::size_t & begin, std::size_t & last
     place = last + 1;
     stopFrom(place);
     return last < begin ? Found::strayEnd : Found::tag;
-}
-
-/// The next delimiter or zero, or the length of the text.
-std::size_t TagScanner::nextStop() noexcept {
-    while (stops == 0) {
-        if (lookedTo >= text.length) {
-            return text.length;
-        }
-        stops = stopsFrom<u'<', u'>', 0>(text, lookedTo);
-        lookedTo += stopsAtOnce;
-    }
-    std::size_t const stop = lookedTo - stopsAtOnce + static_cast<std::size_t>(std::countr_zero(stops));
-    stops &= stops - 1;
-    return stop;
-}
-
-/// Goes on with the stops at and after `from`.
-void TagScanner::stopFrom(std::size_t from) noexcept {
-    stops = 0;
-    lookedTo = from;
 }
 
 } // namespace morvane

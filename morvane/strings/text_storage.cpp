@@ -49,6 +49,10 @@ char * allocateText<char>(std::uint64_t length) noexcept {
     return text;
 }
 
+unsigned short int * copyText(WideView source) noexcept {
+    return copyText<unsigned short int>(source);
+}
+
 void releaseText(unsigned short int * text) noexcept {
     if (text != nullptr) {
         globalProcessMemory->heapUnallocate(text);
@@ -92,10 +96,6 @@ _WideString makeText(WideView source) noexcept {
 
 _DataString makeText(DataView source) noexcept {
     return TextMaker::make(copyText(source), source.length);
-}
-
-_WideString TextMaker::make(unsigned short int * text, std::uint64_t length) noexcept {
-    return _WideString(TextMaker{}, text, static_cast<std::uint32_t>(text != nullptr ? length : 0));
 }
 
 _DataString TextMaker::make(char * text, std::uint64_t length) noexcept {

@@ -17,6 +17,9 @@ unsigned short int * allocateText<unsigned short int>(std::uint64_t length) noex
 template <>
 char * allocateText<char>(std::uint64_t length) noexcept;
 
+/// A buffer with a copy of `source`; null when the heap refuses.
+unsigned short int * copyText(WideView source) noexcept;
+
 /// Gives a buffer back the way it came. Null is ignored.
 void releaseText(unsigned short int * text) noexcept;
 void releaseText(char * text) noexcept;
@@ -38,8 +41,14 @@ _DataString makeText(DataView source) noexcept;
 /// Makes text objects without the empty buffer of their constructors.
 struct TextMaker {
     /// An object around `text`, a buffer from `allocateText`; null makes a released one.
-    static _WideString make(unsigned short int * text, std::uint64_t length) noexcept;
+    static _WideString make(unsigned short int * text, std::uint64_t length) noexcept {
+        return _WideString(TextMaker{}, text, static_cast<std::uint32_t>(text != nullptr ? length : 0));
+    }
     static _DataString make(char * text, std::uint64_t length) noexcept;
 };
 
 } // namespace morvane
+
+inline _WideString::_WideString(morvane::TextMaker, unsigned short int * text, std::uint32_t count) noexcept
+    : data(text), length(count),
+      size(text != nullptr ? (count + 1) * static_cast<std::uint32_t>(sizeof(unsigned short int)) : 0) {}

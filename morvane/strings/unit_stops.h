@@ -59,6 +59,25 @@ inline std::uint32_t stopsFrom(WideView text, std::size_t from) noexcept {
     return hits;
 }
 
+/// Units of a long look.
+inline constexpr std::size_t stopsAtLength = 4 * stopsAtOnce;
+
+/// One bit for each of the units of `text` from `from` on, up to sixty-four of them.
+template <unsigned short int... Stops>
+inline std::uint64_t longStopsFrom(WideView text, std::size_t from) noexcept {
+    std::uint64_t hits = 0;
+    if (text.length - from >= stopsAtLength) {
+        for (std::size_t part = 0; part < 4; ++part) {
+            hits |= std::uint64_t{stopsOf<Stops...>(text.data + from + part * stopsAtOnce)} << (part * stopsAtOnce);
+        }
+        return hits;
+    }
+    for (std::size_t at = 0; from + at < text.length; at += stopsAtOnce) {
+        hits |= std::uint64_t{stopsFrom<Stops...>(text, from + at)} << at;
+    }
+    return hits;
+}
+
 /// The index of the first unit at or after `from` that is one of `Stops`, or the length of the text.
 template <unsigned short int... Stops>
 inline std::size_t findStop(WideView text, std::size_t from) noexcept {

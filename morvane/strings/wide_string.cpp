@@ -484,10 +484,6 @@ bool _WideString::isDOMText() const {
     return true;
 }
 
-_WideString::_WideString(morvane::TextMaker, unsigned short int * text, std::uint32_t count) noexcept
-    : data(text), length(count),
-      size(text != nullptr ? (count + 1) * static_cast<std::uint32_t>(sizeof(unsigned short int)) : 0) {}
-
 void _WideString::_assign(_WideString const & other) {
     copy(other);
 }

@@ -53,17 +53,8 @@ std::size_t findWordEnd(WideView text, std::size_t from) noexcept {
 
 } // namespace
 
-bool WordSplitter::next(WideView & word) noexcept {
-    if (place >= text.length) {
-        return false;
-    }
-    while (place < text.length && isBlank(text[place])) {
-        ++place;
-    }
-    std::size_t const begin = place;
-    place = quotes == Quotes::hold ? findWordEnd(text, begin) : findStop<u' ', u'\t'>(text, begin);
-    word = text.part(begin, place - begin);
-    return true;
+std::size_t WordSplitter::wordEnd(std::size_t from) const noexcept {
+    return quotes == Quotes::hold ? findWordEnd(text, from) : findStop<u' ', u'\t'>(text, from);
 }
 
 } // namespace morvane

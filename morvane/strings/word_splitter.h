@@ -1,7 +1,9 @@
 // Words between blanks, and the pieces of a tag.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <morvane/strings/text_view.h>
 
 namespace morvane {
@@ -19,12 +21,53 @@ public:
         : text(units), place(from), quotes(treatment) {}
 
     /// The next word; false when there is none.
-    bool next(WideView & word) noexcept;
+    bool next(WideView & word) noexcept {
+        if (place >= text.length) {
+            return false;
+        }
+        skipBlanks();
+        std::size_t const begin = place;
+        std::size_t const end = std::min(begin + shortWord, text.length);
+        for (std::size_t index = begin; index < end; ++index) {
+            if (isSpecial(text[index])) {
+                place = isBlank(text[index]) ? index : wordEnd(index);
+                word = text.part(begin, place - begin);
+                return true;
+            }
+        }
+        place = wordEnd(end);
+        word = text.part(begin, place - begin);
+        return true;
+    }
 
     /// The blank behind the last word; the length of the text behind the last of all.
     std::size_t position() const noexcept { return place; }
+    /// Goes on from that index.
+    void seek(std::size_t index) noexcept { place = index; }
+    /// The whole text.
+    WideView units() const noexcept { return text; }
+    /// Goes on behind the blanks, if there are any.
+    void skipBlanks() noexcept {
+        while (place < text.length && isBlank(text[place])) {
+            ++place;
+        }
+    }
+
+    static constexpr bool isBlank(unsigned short int unit) noexcept { return unit == u' ' || unit == u'\t'; }
 
 private:
+    /// Words up to that length are looked at unit by unit.
+    static constexpr std::size_t shortWord = 24;
+
+    /// A blank or a quote.
+    static constexpr bool isSpecial(unsigned short int unit) noexcept {
+        constexpr std::uint64_t special =
+            std::uint64_t{1} << u' ' | std::uint64_t{1} << u'\t' | std::uint64_t{1} << u'"' | std::uint64_t{1} << u'\'';
+        return unit < 64 && (special >> unit & 1) != 0;
+    }
+    /// The end of a word that has no quote in front of `from`.
+    std::size_t wordEnd(std::size_t from) const noexcept;
+
     WideView text;
     std::size_t place;
     Quotes quotes;

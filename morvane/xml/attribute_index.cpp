@@ -29,32 +29,12 @@ std::size_t hashFolded(WideView name) noexcept {
 
 } // namespace
 
-void AttributeIndex::clear() noexcept {
-    entries.clear();
-    table.clear();
-}
-
-DOM::_XMLAttribute * AttributeIndex::find(WideView name) const noexcept {
-    if (table.empty()) {
-        for (Entry const & entry : entries) {
-            if (equalFolded(entry.name, name)) {
-                return entry.attribute;
-            }
-        }
-        return nullptr;
+void AttributeIndex::set(WideView name, WideView value) {
+    if (Entry * const found = find(name)) {
+        found->value = value;
+        return;
     }
-    std::size_t const mask = table.size() - 1;
-    for (std::size_t place = hashFolded(name) & mask; table[place] != 0; place = (place + 1) & mask) {
-        Entry const & entry = entries[table[place] - 1];
-        if (equalFolded(entry.name, name)) {
-            return entry.attribute;
-        }
-    }
-    return nullptr;
-}
-
-void AttributeIndex::add(WideView name, DOM::_XMLAttribute * attribute) {
-    entries.push_back({name, attribute});
+    entries.push_back({name, value});
     if (entries.size() <= listed) {
         return;
     }
@@ -66,6 +46,25 @@ void AttributeIndex::add(WideView name, DOM::_XMLAttribute * attribute) {
     for (std::uint32_t entry = 0; entry < entries.size(); ++entry) {
         enter(entry);
     }
+}
+
+AttributeIndex::Entry * AttributeIndex::find(WideView name) noexcept {
+    if (table.empty()) {
+        for (Entry & entry : entries) {
+            if (equalFolded(entry.name, name)) {
+                return &entry;
+            }
+        }
+        return nullptr;
+    }
+    std::size_t const mask = table.size() - 1;
+    for (std::size_t place = hashFolded(name) & mask; table[place] != 0; place = (place + 1) & mask) {
+        Entry & entry = entries[table[place] - 1];
+        if (equalFolded(entry.name, name)) {
+            return &entry;
+        }
+    }
+    return nullptr;
 }
 
 void AttributeIndex::enter(std::uint32_t entry) noexcept {

@@ -4,32 +4,40 @@
 #include <cstddef>
 #include <cstdint>
 #include <morvane/strings/text_view.h>
-#include <morvane/xml/xml_attribute.h>
+#include <morvane/xml/attribute_words.h>
 #include <vector>
 
 namespace morvane {
 
-/// Finds an attribute of one tag by its name in any case of A to Z.
+/// The attributes of one tag in their order, each name in whichever case of A to Z once.
 ///
-/// Use it instead of the node map's look-up while a tag is read: it compares lengths and folded names that lie side by
-/// side, and from some number on it looks them up in a table, so that a tag of very many attributes stays linear.
+/// Use it while a tag is read: it compares lengths and folded names that lie side by side, and from some number on it
+/// looks them up in a table, so that a tag of very many attributes stays linear. The units of all texts stay where they
+/// are until `clear`.
 class AttributeIndex {
 public:
-    /// Forgets the former tag.
-    void clear() noexcept;
-    /// The attribute of that name; null if there is none.
-    DOM::_XMLAttribute * find(WideView name) const noexcept;
-    /// Notes an attribute that `find` did not give. The units of `name` stay where they are until `clear`.
-    void add(WideView name, DOM::_XMLAttribute * attribute);
-
-private:
     struct Entry {
         WideView name;
-        DOM::_XMLAttribute * attribute;
+        WideView value;
     };
+
+    /// Forgets the former tag.
+    void clear() noexcept {
+        entries.clear();
+        table.clear();
+    }
+    /// Sets the value of the attribute of that name, which keeps its place and its name as it was written, or adds one.
+    void set(WideView name, WideView value);
+
+    std::size_t size() const noexcept { return entries.size(); }
+    Entry const * begin() const noexcept { return entries.data(); }
+    Entry const * end() const noexcept { return entries.data() + entries.size(); }
+
+private:
     /// Up to so many entries are compared one by one.
     static constexpr std::size_t listed = 12;
 
+    Entry * find(WideView name) noexcept;
     void enter(std::uint32_t entry) noexcept;
 
     std::vector<Entry> entries;

@@ -28,6 +28,10 @@ public:
     bool isEmpty() const noexcept { return count == 0; }
     Item & top() noexcept { return items[count - 1]; }
     void pop() noexcept { --count; }
+    /// The items from `first` on, which stay where they are until the next push.
+    Item * from(std::size_t first) noexcept { return items + first; }
+    /// Lets go of the items from `first` on.
+    void cut(std::size_t first) noexcept { count = first; }
 
     /// False, with the stack as it was, when the heap refuses.
     [[nodiscard]] bool push(Item const & item) noexcept {

@@ -5,7 +5,6 @@
 #include <memory>
 #include <morvane/strings/text_storage.h>
 #include <morvane/strings/text_view.h>
-#include <morvane/xml/node_lists.h>
 #include <morvane/xml/xml_attribute.h>
 #include <morvane/xml/xml_cdata_section.h>
 #include <morvane/xml/xml_comment.h>
@@ -14,8 +13,8 @@
 #include <morvane/xml/xml_node.h>
 #include <morvane/xml/xml_processing_instruction.h>
 #include <morvane/xml/xml_text.h>
+#include <new>
 #include <typeinfo>
-#include <utility>
 
 namespace morvane {
 
@@ -25,48 +24,67 @@ struct NodeTexts {
     WideView value;
 };
 
+/// What a node holds its children or attributes by: a list, which is null as long as there is no item, the item itself,
+/// or a `NodeRow`.
+enum class Holding : std::uint8_t { list, only, row };
+
+/// What a node is made of: buffers of `globalProcessMemory`, zero-closed, that are its own from then on.
+struct NodeParts {
+    DOM::_XMLDocument * document;
+    DOM::_XMLNode * parent;
+    unsigned short int * name;
+    std::uint32_t nameUnits;
+    unsigned short int * value;
+    std::uint32_t valueUnits;
+};
+
 /// The fields of the nodes, for the reader, the printer and the node classes themselves.
 struct NodeAccess {
     using Node = DOM::_XMLNode;
 
     static _WideString const & name(Node const & node) noexcept { return node.nodeName; }
     static _WideString const & value(Node const & node) noexcept { return node.nodeValue; }
-    static _WideString & value(Node & node) noexcept { return node.nodeValue; }
     static DOM::_XMLDocument * document(Node const & node) noexcept { return node.documentNode; }
     static std::uint32_t type(Node const & node) noexcept { return node.nodeType; }
-    /// Null where there was none yet.
-    static DOM::_XMLNamedNodeMap * attributes(DOM::_XMLProcessingInstruction const & node) noexcept {
-        return node.attributes;
+    static void setParent(Node & node, Node * parent) noexcept { node.parentNode = parent; }
+
+    /// Makes a node of `document`, which may be null, that notes `parent`; the texts are written once, at exact size.
+    /// Throws `std::bad_alloc` where the heap refuses: a node without its text would be data lost.
+    template <typename Class>
+    static std::unique_ptr<Class> make(DOM::_XMLDocument * document, Node * parent, NodeTexts const & texts = {}) {
+        void * const block = Node::operator new(sizeof(Class));
+        unsigned short int * const name = copyText(texts.name);
+        unsigned short int * const value = copyText(texts.value);
+        if (name == nullptr || value == nullptr) {
+            releaseText(name);
+            releaseText(value);
+            Node::operator delete(block);
+            throw std::bad_alloc();
+        }
+        return std::unique_ptr<Class>(::new (block)
+                                          Class({.document = document,
+                                                 .parent = parent,
+                                                 .name = name,
+                                                 .nameUnits = static_cast<std::uint32_t>(texts.name.length),
+                                                 .value = value,
+                                                 .valueUnits = static_cast<std::uint32_t>(texts.value.length)}));
     }
+
+    /// The holdings of an element or instruction.
+    static Holding & childHolding(Node const & node) noexcept { return node.childHolding; }
+    static Holding & attributeHolding(Node const & node) noexcept { return node.attributeHolding; }
+    static void *& children(DOM::_XMLElement const & element) noexcept { return element.children; }
+    template <typename Owner>
+    static void *& attributes(Owner const & owner) noexcept {
+        return owner.attributes;
+    }
+
     static _WideString const & lineSpace(DOM::_XMLDocument const & document) noexcept { return document.lineSpace_; }
     static _WideString const & lineTermination(DOM::_XMLDocument const & document) noexcept {
         return document.lineTermination_;
     }
 
-    /// Makes a node of `document`, which may be null, that notes `parent`; the texts are written once, at exact size.
-    template <typename Class>
-    static std::unique_ptr<Class> make(DOM::_XMLDocument * document, Node * parent, NodeTexts const & texts = {}) {
-        std::unique_ptr<Class> node(new Class(texts));
-        node->documentNode = document;
-        node->parentNode = parent;
-        return node;
-    }
-
-    /// Hand a node over to a parent, behind what it holds.
-    template <typename Class>
-    static Class * link(DOM::_XMLElement & parent, std::unique_ptr<Class> node) {
-        parent.addChildNode(node.get());
-        return node.release();
-    }
-    static DOM::_XMLAttribute * link(DOM::_XMLElement & parent, std::unique_ptr<DOM::_XMLAttribute> attribute) {
-        parent.addAttributeNode(attribute.get());
-        return attribute.release();
-    }
-    static DOM::_XMLAttribute * link(DOM::_XMLProcessingInstruction & parent,
-                                     std::unique_ptr<DOM::_XMLAttribute> attribute) {
-        addTo(*parent.get_attributes(), attribute.get());
-        return attribute.release();
-    }
+    /// Hands a node over to the top of a document.
     template <typename Class>
     static Class * link(DOM::_XMLDocument & parent, std::unique_ptr<Class> node) {
         parent.addChildNode(node.get());
@@ -82,3 +100,25 @@ bool isExactly(_Object const & object) noexcept {
 }
 
 } // namespace morvane
+
+// The constructors around what is there already, for whoever includes this header.
+
+inline DOM::_XMLNode::_XMLNode(NodeType type, morvane::NodeParts const & parts) noexcept
+    : documentNode(parts.document), parentNode(parts.parent),
+      nodeName(morvane::TextMaker::make(parts.name, parts.nameUnits)),
+      nodeValue(morvane::TextMaker::make(parts.value, parts.valueUnits)),
+      nodeType(static_cast<unsigned short int>(type)) {}
+
+inline DOM::_XMLAttribute::_XMLAttribute(morvane::NodeParts const & parts) noexcept : _XMLNode(ATTRIBUTE_NODE, parts) {}
+
+inline DOM::_XMLCDATASection::_XMLCDATASection(morvane::NodeParts const & parts) noexcept
+    : _XMLNode(CDATA_SECTION_NODE, parts) {}
+
+inline DOM::_XMLComment::_XMLComment(morvane::NodeParts const & parts) noexcept : _XMLNode(COMMENT_NODE, parts) {}
+
+inline DOM::_XMLElement::_XMLElement(morvane::NodeParts const & parts) noexcept : _XMLNode(ELEMENT_NODE, parts) {}
+
+inline DOM::_XMLProcessingInstruction::_XMLProcessingInstruction(morvane::NodeParts const & parts) noexcept
+    : _XMLNode(PROCESSING_INSTRUCTION_NODE, parts) {}
+
+inline DOM::_XMLText::_XMLText(morvane::NodeParts const & parts) noexcept : _XMLNode(TEXT_NODE, parts) {}

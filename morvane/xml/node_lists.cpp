@@ -1,9 +1,8 @@
 #include <morvane/xml/node_lists.h>
 
-#include <memory>
 #include <morvane/platform/process_heap.h>
+#include <morvane/xml/folded_name.h>
 #include <morvane/xml/growing_stack.h>
-#include <morvane/xml/node_access.h>
 #include <new>
 #include <utility>
 
@@ -11,11 +10,44 @@ namespace morvane {
 
 namespace {
 
+using Element = DOM::_XMLElement;
+
 /// An element whose children are being deleted, and the index of the next one.
 struct Deletion {
-    DOM::_XMLElement * element;
+    Element * element;
     std::uint32_t next;
 };
+
+void releaseChildren(Element & top) noexcept {
+    GrowingStack<Deletion, 32> open;
+    if (childrenOf(top).isOwner()) {
+        // There is always room for the first.
+        static_cast<void>(open.push({&top, 0}));
+    }
+    while (!open.isEmpty()) {
+        Deletion & deletion = open.top();
+        Children children = childrenOf(*deletion.element);
+        if (_Object * const item = children.takeNext(deletion.next)) {
+            if (isExactly<Element>(*item)) {
+                auto & element = static_cast<Element &>(*item);
+                releaseAttributes(attributesOf(element));
+                // Where the stack can't grow, the element's destructor goes down one level instead.
+                if (childrenOf(element).isOwner() && open.push({&element, 0})) {
+                    continue;
+                }
+            }
+            delete item;
+            continue;
+        }
+        Element & emptied = *deletion.element;
+        open.pop();
+        children.drop();
+        if (&emptied != &top) {
+            delete &emptied;
+        }
+    }
+    childrenOf(top).drop();
+}
 
 } // namespace
 
@@ -36,155 +68,116 @@ void NodeList<List>::operator delete(void * block) noexcept {
 template class NodeList<_Container>;
 template class NodeList<DOM::_XMLNamedNodeMap>;
 
+NodeRow & NodeRow::make(std::size_t count) {
+    void * const block = platform::heapAllocate(sizeof(NodeRow) + count * sizeof(DOM::_XMLNode *), false);
+    if (block == nullptr) {
+        throw std::bad_alloc();
+    }
+    return *::new (block) NodeRow{count};
+}
+
+void NodeRow::destroy(NodeRow & row) noexcept {
+    platform::heapFree(&row);
+}
+
 void addTo(_Container & list, _Object * item) {
     if (list.addObject(item) == static_cast<std::uint32_t>(-1)) {
         throw std::bad_alloc();
     }
 }
 
-void releaseAttributes(DOM::_XMLNamedNodeMap * map) noexcept {
-    if (map != nullptr && AttributeList::of(*map).letGo()) {
-        delete &AttributeList::of(*map);
+template <typename List>
+List & NodeItems<List>::list() {
+    if (how == Holding::list && held != nullptr) {
+        return listHeld();
     }
+    auto made = std::make_unique<List>();
+    for (std::uint32_t index = 0; index < count(); ++index) {
+        addTo(*made, at(index));
+    }
+    drop();
+    how = Holding::list;
+    held = static_cast<typename List::Face *>(made.get());
+    return *made.release();
 }
 
-ChildList & ElementLists::children(Element const & element) {
-    if (element.hasOnlyChild || element.childElements == nullptr) {
-        auto list = std::make_unique<ChildList>();
-        if (element.hasOnlyChild) {
-            addTo(*list, element.onlyChild);
-        }
-        element.hasOnlyChild = false;
-        element.childElements = list.release();
+template <typename List>
+void NodeItems<List>::add(Node * item) {
+    if (!isNothing()) {
+        addTo(list(), item);
+        return;
     }
-    return ChildList::of(*element.childElements);
+    hold(item);
 }
 
-AttributeList & ElementLists::attributes(Element const & element) {
-    if (element.hasOnlyAttribute || element.attributes == nullptr) {
-        auto list = std::make_unique<AttributeList>();
-        if (element.hasOnlyAttribute) {
-            addTo(*list, element.onlyAttribute);
-        }
-        element.hasOnlyAttribute = false;
-        element.attributes = list.release();
-    }
-    return AttributeList::of(*element.attributes);
-}
-
-void ElementLists::addChild(Element & element, DOM::_XMLNode * node) {
-    if (!element.hasOnlyChild && element.childElements == nullptr) {
-        element.onlyChild = node;
-        element.hasOnlyChild = true;
-    } else {
-        addTo(children(element), node);
-    }
-}
-
-void ElementLists::addAttribute(Element & element, DOM::_XMLAttribute * attribute) {
-    if (!element.hasOnlyAttribute && element.attributes == nullptr) {
-        element.onlyAttribute = attribute;
-        element.hasOnlyAttribute = true;
-    } else {
-        addTo(attributes(element), attribute);
-    }
-}
-
-void ElementLists::share(Element & element, Element const & other) {
-    // Both are made before one is shared, so that nothing is left behind where one can't be made.
-    ChildList & childList = children(other);
-    AttributeList & attributeList = attributes(other);
-    childList.share();
-    attributeList.share();
-    element.childElements = &childList;
-    element.attributes = &attributeList;
-}
-
-void ElementLists::release(Element & element) noexcept {
-    // A node derived elsewhere may have its dying parent make a list anew.
-    while (element.hasOnlyAttribute || element.attributes != nullptr || element.hasOnlyChild
-           || element.childElements != nullptr) {
-        releaseAttributes(element);
-        releaseChildren(element);
-    }
-}
-
-void ElementLists::releaseAttributes(Element & element) noexcept {
-    if (element.hasOnlyAttribute) {
-        DOM::_XMLAttribute * const attribute = element.onlyAttribute;
-        element.hasOnlyAttribute = false;
-        element.attributes = nullptr;
-        delete attribute;
-    } else {
-        morvane::releaseAttributes(std::exchange(element.attributes, nullptr));
-    }
-}
-
-/// True when the children go with the element, and may be taken out one by one.
-bool ElementLists::ownsChildren(Element const & element) noexcept {
-    if (element.hasOnlyChild || element.childElements == nullptr) {
-        return element.hasOnlyChild;
-    }
-    ChildList const & list = ChildList::of(*element.childElements);
-    return list.isAlone() && list.ownsItems();
-}
-
-/// Takes out the next child that there is; null when none is left.
-_Object * ElementLists::takeChild(Element & element, std::uint32_t & next) noexcept {
-    if (element.hasOnlyChild) {
-        DOM::_XMLNode * const child = element.onlyChild;
-        element.hasOnlyChild = false;
-        element.childElements = nullptr;
-        return child;
-    }
-    if (element.childElements != nullptr) {
-        ChildList & list = ChildList::of(*element.childElements);
-        while (next < list.get_count()) {
-            if (_Object * const item = list.take(next++)) {
+template <typename List>
+_Object * NodeItems<List>::takeNext(std::uint32_t & next) noexcept {
+    switch (how) {
+    case Holding::only:
+        how = Holding::list;
+        return static_cast<Node *>(std::exchange(held, nullptr));
+    case Holding::row:
+        while (next < row().count) {
+            if (Node * const item = std::exchange(row().nodes()[next++], nullptr)) {
                 return item;
             }
+        }
+        break;
+    case Holding::list:
+        while (held != nullptr && next < listHeld().get_count()) {
+            if (_Object * const item = listHeld().take(next++)) {
+                return item;
+            }
+        }
+        break;
+    }
+    return nullptr;
+}
+
+template <typename List>
+void NodeItems<List>::drop() noexcept {
+    Holding const former = std::exchange(how, Holding::list);
+    void * const dropped = std::exchange(held, nullptr);
+    if (former == Holding::row) {
+        NodeRow::destroy(*static_cast<NodeRow *>(dropped));
+    } else if (former == Holding::list && dropped != nullptr) {
+        List & list = List::of(*static_cast<typename List::Face *>(dropped));
+        if (list.letGo()) {
+            delete &list;
+        }
+    }
+}
+
+template class NodeItems<ChildList>;
+template class NodeItems<AttributeList>;
+
+DOM::_XMLAttribute * findAttribute(Attributes attributes, WideView name) noexcept {
+    for (std::uint32_t index = 0; index < attributes.count(); ++index) {
+        DOM::_XMLNode * const node = attributes.at(index);
+        if (node != nullptr && equalsFolded(NodeAccess::name(*node).arg(), name)) {
+            return static_cast<DOM::_XMLAttribute *>(node);
         }
     }
     return nullptr;
 }
 
-void ElementLists::releaseChildren(Element & top) noexcept {
-    GrowingStack<Deletion, 32> open;
-    if (ownsChildren(top)) {
-        // There is always room for the first.
-        static_cast<void>(open.push({&top, 0}));
-    }
-    while (!open.isEmpty()) {
-        Deletion & deletion = open.top();
-        if (_Object * const item = takeChild(*deletion.element, deletion.next)) {
-            if (isExactly<Element>(*item)) {
-                auto & element = static_cast<Element &>(*item);
-                releaseAttributes(element);
-                // Where the stack can't grow, the element's destructor goes down one level instead.
-                if (ownsChildren(element) && open.push({&element, 0})) {
-                    continue;
-                }
-            }
-            delete item;
-            continue;
+void releaseAttributes(Attributes attributes) noexcept {
+    std::uint32_t next = 0;
+    while (attributes.listOrNull() == nullptr) {
+        _Object * const item = attributes.takeNext(next);
+        if (item == nullptr) {
+            break;
         }
-        Element & emptied = *deletion.element;
-        open.pop();
-        if (&emptied != &top) {
-            dropChildList(emptied);
-            delete &emptied;
-        }
+        delete item;
     }
-    dropChildList(top);
+    attributes.drop();
 }
 
-/// Lets go of the list of children, if there is one.
-void ElementLists::dropChildList(Element & element) noexcept {
-    if (!element.hasOnlyChild && element.childElements != nullptr) {
-        ChildList & list = ChildList::of(*std::exchange(element.childElements, nullptr));
-        if (list.letGo()) {
-            delete &list;
-        }
+void releaseItems(Element & element) noexcept {
+    // A node derived elsewhere may have its dying parent make a list anew.
+    while (!attributesOf(element).isNothing() || !childrenOf(element).isNothing()) {
+        releaseAttributes(attributesOf(element));
+        releaseChildren(element);
     }
 }
 

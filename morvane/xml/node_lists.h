@@ -1,12 +1,15 @@
-// The lists of children and attributes that nodes own, alone or together with their copies.
+// The children and attributes that nodes own, alone or together with their copies.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <morvane/containers/container.h>
 #include <morvane/containers/list_block.h>
+#include <morvane/xml/node_access.h>
 #include <morvane/xml/xml_element.h>
 #include <morvane/xml/xml_named_node_map.h>
+#include <morvane/xml/xml_processing_instruction.h>
 
 namespace morvane {
 
@@ -14,6 +17,8 @@ namespace morvane {
 template <typename List>
 class NodeList final : public List {
 public:
+    using Face = List;
+
     /// Every list behind the fields of a node was made as one of these.
     static NodeList & of(List & list) noexcept { return static_cast<NodeList &>(list); }
 
@@ -54,68 +59,121 @@ extern template class NodeList<DOM::_XMLNamedNodeMap>;
 using ChildList = NodeList<_Container>;
 using AttributeList = NodeList<DOM::_XMLNamedNodeMap>;
 
+/// The nodes that a node was read with, in one block of exactly their size.
+struct NodeRow {
+    std::size_t count;
+
+    /// A row of `count` nodes, to be written by the caller; throws `std::bad_alloc` where the heap refuses.
+    static NodeRow & make(std::size_t count);
+    static void destroy(NodeRow & row) noexcept;
+
+    DOM::_XMLNode ** nodes() noexcept { return reinterpret_cast<DOM::_XMLNode **>(this + 1); }
+};
+
 /// Appends `item` to `list`; throws `std::bad_alloc`, with nothing changed, where there is no room.
 void addTo(_Container & list, _Object * item);
 
-/// Lets go of the attributes of a node; the last node that does so deletes the map with what it owns. Null is ignored.
-void releaseAttributes(DOM::_XMLNamedNodeMap * map) noexcept;
+/// The children or the attributes of one node, whichever way it holds them.
+template <typename List>
+class NodeItems {
+public:
+    using Node = DOM::_XMLNode;
 
-/// The children and attributes of an element, whichever way it holds them.
-struct ElementLists {
-    using Element = DOM::_XMLElement;
+    NodeItems(Holding & holding, void *& field) noexcept : how(holding), held(field) {}
 
-    static std::uint32_t childCount(Element const & element) noexcept {
-        if (element.hasOnlyChild) {
+    std::uint32_t count() const noexcept {
+        switch (how) {
+        case Holding::only:
             return 1;
+        case Holding::row:
+            return static_cast<std::uint32_t>(row().count);
+        case Holding::list:
+            break;
         }
-        return element.childElements == nullptr ? 0 : element.childElements->get_count();
+        return held == nullptr ? 0 : listHeld().get_count();
     }
     /// Null outside the list.
-    static DOM::_XMLNode * child(Element const & element, std::uint32_t index) noexcept {
-        if (element.hasOnlyChild) {
-            return index == 0 ? element.onlyChild : nullptr;
+    Node * at(std::uint32_t index) const noexcept {
+        switch (how) {
+        case Holding::only:
+            return index == 0 ? static_cast<Node *>(held) : nullptr;
+        case Holding::row:
+            return index < row().count ? row().nodes()[index] : nullptr;
+        case Holding::list:
+            break;
         }
         // The call goes straight: nothing derives from that class.
-        return element.childElements == nullptr
-                   ? nullptr
-                   : static_cast<DOM::_XMLNode *>(element.childElements->_Container::getItem(index));
+        return held == nullptr ? nullptr : static_cast<Node *>(listHeld()._Container::getItem(index));
     }
-    static std::uint32_t attributeCount(Element const & element) noexcept {
-        if (element.hasOnlyAttribute) {
-            return 1;
-        }
-        return element.attributes == nullptr ? 0 : element.attributes->get_count();
+    /// True when they go with the node and may be taken out one by one; false also where there are none.
+    bool isOwner() const noexcept {
+        return how != Holding::list || (held != nullptr && listHeld().isAlone() && listHeld().ownsItems());
     }
-    /// Null outside the list.
-    static DOM::_XMLAttribute * attribute(Element const & element, std::uint32_t index) noexcept {
-        if (element.hasOnlyAttribute) {
-            return index == 0 ? element.onlyAttribute : nullptr;
-        }
-        return element.attributes == nullptr
-                   ? nullptr
-                   : static_cast<DOM::_XMLAttribute *>(element.attributes->_Container::getItem(index));
+    bool isNothing() const noexcept { return how == Holding::list && held == nullptr; }
+    /// The list; null where there is none.
+    List * listOrNull() const noexcept { return how == Holding::list && held != nullptr ? &listHeld() : nullptr; }
+
+    /// The list, made now if there was none.
+    List & list();
+    void add(Node * item);
+    /// Makes them those of `shared`, where there are none.
+    void share(List & shared) noexcept {
+        shared.share();
+        held = static_cast<typename List::Face *>(&shared);
+    }
+    /// Holds what a reading has made: null, an item, or a row of them.
+    void hold(Node * only) noexcept {
+        how = Holding::only;
+        held = only;
+    }
+    void hold(NodeRow & nodes) noexcept {
+        how = Holding::row;
+        held = &nodes;
     }
 
-    /// The lists, made now if there were none.
-    static ChildList & children(Element const & element);
-    static AttributeList & attributes(Element const & element);
-
-    static void addChild(Element & element, DOM::_XMLNode * node);
-    static void addAttribute(Element & element, DOM::_XMLAttribute * attribute);
-
-    /// Makes `element`, which holds nothing, share the lists of `other`.
-    static void share(Element & element, Element const & other);
-    /// Lets go of the attributes first and the children second; what nobody shares is deleted. Elements of the
-    /// library's own class are taken apart at any depth in constant stack: the attributes of each first, then its
-    /// children, then itself.
-    static void release(Element & element) noexcept;
+    /// Takes out the next item at or behind `next`, which moves along; null when none is left. For an owner.
+    _Object * takeNext(std::uint32_t & next) noexcept;
+    /// Lets go of list or row, whose items were taken out or are somebody else's.
+    void drop() noexcept;
 
 private:
-    static void releaseAttributes(Element & element) noexcept;
-    static void releaseChildren(Element & element) noexcept;
-    static void dropChildList(Element & element) noexcept;
-    static bool ownsChildren(Element const & element) noexcept;
-    static _Object * takeChild(Element & element, std::uint32_t & next) noexcept;
+    NodeRow & row() const noexcept { return *static_cast<NodeRow *>(held); }
+    List & listHeld() const noexcept { return List::of(*static_cast<typename List::Face *>(held)); }
+
+    Holding & how;
+    void *& held;
 };
+
+extern template class NodeItems<ChildList>;
+extern template class NodeItems<AttributeList>;
+
+using Children = NodeItems<ChildList>;
+using Attributes = NodeItems<AttributeList>;
+
+inline Children childrenOf(DOM::_XMLElement const & element) noexcept {
+    return {NodeAccess::childHolding(element), NodeAccess::children(element)};
+}
+template <typename Owner>
+inline Attributes attributesOf(Owner const & owner) noexcept {
+    return {NodeAccess::attributeHolding(owner), NodeAccess::attributes(owner)};
+}
+
+/// Hands a node over to the children or attributes of another, behind what is there.
+template <typename List, typename Class>
+Class * link(NodeItems<List> items, std::unique_ptr<Class> node) {
+    items.add(node.get());
+    return node.release();
+}
+
+/// The first attribute of that name in any case of A to Z; null if there is none. `name` holds no zero.
+DOM::_XMLAttribute * findAttribute(Attributes attributes, WideView name) noexcept;
+
+/// Lets go of the attributes; the last node that does so deletes them.
+void releaseAttributes(Attributes attributes) noexcept;
+
+/// Lets go of the attributes first and the children second; what nobody shares is deleted. Elements of the library's
+/// own class are taken apart at any depth in constant stack: the attributes of each first, then its children, then
+/// itself.
+void releaseItems(DOM::_XMLElement & element) noexcept;
 
 } // namespace morvane

@@ -5,8 +5,6 @@
 #include <morvane/strings/tag_predicates.h>
 #include <morvane/strings/text_storage.h>
 #include <morvane/strings/wide_tag.h>
-#include <morvane/xml/node_access.h>
-#include <morvane/xml/node_lists.h>
 #include <new>
 #include <utility>
 
@@ -43,16 +41,6 @@ constexpr WideView inside(WideView tag, std::size_t head, std::size_t tail) noex
 
 } // namespace
 
-bool ScannedPieces::next(MarkupText & piece) noexcept {
-    MarkupPiece bounds{};
-    if (!scanner.next(bounds)) {
-        return false;
-    }
-    yielded = true;
-    piece = {text.part(bounds.begin, bounds.end - bounds.begin), bounds.isTag};
-    return true;
-}
-
 ArrayPieces::ArrayPieces(_WideTagArray const & array, std::uint32_t & start) : tags(array), index(start) {
     // Index 0 wraps to one that no list reaches.
     _WideTag const * const before = tags.getTag(index - 1);
@@ -76,7 +64,10 @@ bool ArrayPieces::next(MarkupText & piece) {
 
 TreeBuilder::~TreeBuilder() {
     for (; !open.isEmpty(); open.pop()) {
-        delete open.top();
+        for (; waiting.size() > open.top().firstChild; waiting.pop()) {
+            delete waiting.top();
+        }
+        delete open.top().element;
     }
 }
 
@@ -87,33 +78,42 @@ bool TreeBuilder::takeTag(WideView tag, WideView textBefore) {
         line.format(u"Data: %s\r\n"_w, makeText(tag).arg());
         trace(line.arg());
     }
-    if (isElement(tag, _WideString::TAG_STATUS_ENDING)) {
-        trace(u"DOMElement:TAG_STATUS_ENDING"_w);
-        return endElement(inside(tag, 2, 1), textBefore);
+    // Nearly every tag is told by its second unit.
+    if (tag.length > 2 && isTag(tag)) {
+        if (tag[1] == u'/') {
+            trace(u"DOMElement:TAG_STATUS_ENDING"_w);
+            return endElement(inside(tag, 2, 1), textBefore);
+        }
+        if (tag[1] != u'!' && tag[1] != u'?') {
+            bool const isEmptyElement = tag[tag.length - 2] == u'/';
+            trace(isEmptyElement ? u"TAG_STATUS_EMPTY"_w : u"TAG_STATUS_BEGINNING"_w);
+            takeElement(inside(tag, 1, isEmptyElement ? 2 : 1), isEmptyElement);
+            return false;
+        }
     }
+    takeOtherTag(tag);
+    return false;
+}
+
+void TreeBuilder::takeOtherTag(WideView tag) {
     if (isElement(tag, _WideString::TAG_STATUS_EMPTY)) {
         trace(u"TAG_STATUS_EMPTY"_w);
-        link(makeElement(inside(tag, 1, 2), true));
+        takeElement(inside(tag, 1, 2), true);
     } else if (isCDATASection(tag)) {
         trace(u"XMLCDATASection"_w);
-        link(NodeAccess::make<DOM::_XMLCDATASection>(&document, nullptr, {.name = {}, .value = inside(tag, 9, 3)}));
+        link(make<DOM::_XMLCDATASection>({.name = {}, .value = inside(tag, 9, 3)}));
     } else if (isComment(tag)) {
         trace(u"XMLComment"_w);
-        link(NodeAccess::make<DOM::_XMLComment>(&document, nullptr, {.name = {}, .value = inside(tag, 4, 3)}));
+        link(make<DOM::_XMLComment>({.name = {}, .value = inside(tag, 4, 3)}));
     } else if (isDocumentType(tag)) {
         trace(u"XMLDocumentType"_w);
     } else if (isProcessingInstruction(tag)) {
         trace(u"DOMProcessingInstruction"_w);
-        linkProcessingInstruction(inside(tag, 2, 2));
+        takeProcessingInstruction(inside(tag, 2, 2));
     } else if (isElement(tag, _WideString::TAG_STATUS_BEGINNING)) {
         trace(u"TAG_STATUS_BEGINNING"_w);
-        std::unique_ptr<DOM::_XMLElement> element = makeElement(inside(tag, 1, 1), false);
-        if (!open.push(element.get())) {
-            throw std::bad_alloc();
-        }
-        element.release();
+        takeElement(inside(tag, 1, 1), false);
     }
-    return false;
 }
 
 /// Closes the innermost open element if that is its name; true when it was the outermost parent.
@@ -122,9 +122,10 @@ bool TreeBuilder::endElement(WideView name, WideView textBefore) {
     if (element == nullptr || !(viewOf(NodeAccess::name(*element)) == name)) {
         return false;
     }
-    if (!textBefore.isEmpty() && !element->hasChildNodes()) {
+    bool const hasChildren = open.isEmpty() ? element->hasChildNodes() : waiting.size() > open.top().firstChild;
+    if (!textBefore.isEmpty() && !hasChildren) {
         trace(u"DOMText"_w);
-        link(NodeAccess::make<DOM::_XMLText>(&document, nullptr, {.name = {}, .value = textBefore}));
+        link(make<DOM::_XMLText>({.name = {}, .value = textBefore}));
     }
     if (open.isEmpty()) {
         return true;
@@ -133,14 +134,23 @@ bool TreeBuilder::endElement(WideView name, WideView textBefore) {
     return false;
 }
 
-/// Links the innermost open element.
+/// Gives the innermost open element its children and links it.
 void TreeBuilder::closeElement() {
-    std::unique_ptr<DOM::_XMLElement> element(open.top());
+    auto const [element, firstChild] = open.top();
+    std::size_t const children = waiting.size() - firstChild;
+    if (children == 1) {
+        childrenOf(*element).hold(waiting.top());
+    } else if (children != 0) {
+        NodeRow & row = NodeRow::make(children);
+        std::memcpy(row.nodes(), waiting.from(firstChild), children * sizeof(Node *));
+        childrenOf(*element).hold(row);
+    }
+    waiting.cut(firstChild);
     open.pop();
-    link(std::move(element));
+    link(std::unique_ptr<DOM::_XMLElement>(element));
 }
 
-std::unique_ptr<DOM::_XMLElement> TreeBuilder::makeElement(WideView text, bool isEmptyElement) {
+void TreeBuilder::takeElement(WideView text, bool isEmptyElement) {
     WordSplitter words(text, WordSplitter::Quotes::hold);
     WideView name;
     words.next(name);
@@ -150,57 +160,79 @@ std::unique_ptr<DOM::_XMLElement> TreeBuilder::makeElement(WideView text, bool i
     if (isEmptyElement) {
         trace(name);
     }
-    auto element = NodeAccess::make<DOM::_XMLElement>(&document, nullptr, {.name = name, .value = {}});
-    attributes.clear();
-    AttributeWord word;
-    while (nextAttribute(words, word)) {
-        setAttribute(*element, word);
-        if (isEmptyElement) {
-            trace(word.name);
-            trace(word.value());
-        }
+    readAttributes(words, isEmptyElement);
+    std::unique_ptr<DOM::_XMLElement> element = make<DOM::_XMLElement>({.name = name, .value = {}});
+    makeAttributes(*element);
+    if (isEmptyElement) {
+        link(std::move(element));
+        return;
     }
-    return element;
+    if (!open.push({element.get(), waiting.size()})) {
+        throw std::bad_alloc();
+    }
+    element.release();
 }
 
-void TreeBuilder::linkProcessingInstruction(WideView text) {
+void TreeBuilder::takeProcessingInstruction(WideView text) {
     WordSplitter words(text, WordSplitter::Quotes::hold);
     WideView name;
     words.next(name);
     if (platform::isDebugListening()) {
         traceRawValues(words);
     }
-    auto node = NodeAccess::make<DOM::_XMLProcessingInstruction>(&document, nullptr, {.name = name, .value = {}});
-    attributes.clear();
-    AttributeWord word;
-    while (nextAttribute(words, word)) {
-        setAttribute(*node, word);
-    }
+    readAttributes(words, false);
+    std::unique_ptr<DOM::_XMLProcessingInstruction> node =
+        make<DOM::_XMLProcessingInstruction>({.name = name, .value = {}});
+    makeAttributes(*node);
     link(std::move(node));
 }
 
-/// Sets the value of the attribute of that name or makes it, as `setAttributeNamed` would.
-template <typename Owner>
-void TreeBuilder::setAttribute(Owner & owner, AttributeWord const & word) {
-    if (DOM::_XMLAttribute * const found = attributes.find(word.name)) {
-        if (!assignText(NodeAccess::value(*found), word.value())) {
-            throw std::bad_alloc();
+/// Notes the attributes among the words that are left.
+void TreeBuilder::readAttributes(WordSplitter & words, bool tracesEach) {
+    attributes.clear();
+    AttributeWord word;
+    while (nextAttribute(words, word)) {
+        attributes.set(word.name, word.value());
+        if (tracesEach) {
+            trace(word.name);
+            trace(word.value());
         }
-        return;
     }
-    auto attribute =
-        NodeAccess::make<DOM::_XMLAttribute>(&document, &owner, {.name = word.name, .value = word.value()});
-    attributes.add(word.name, NodeAccess::link(owner, std::move(attribute)));
+}
+
+/// Makes the attributes that were noted.
+template <typename Owner>
+void TreeBuilder::makeAttributes(Owner & owner) {
+    auto const makeOne = [&](AttributeIndex::Entry const & entry) {
+        return NodeAccess::make<DOM::_XMLAttribute>(&document, &owner, {.name = entry.name, .value = entry.value})
+            .release();
+    };
+    if (attributes.size() == 1) {
+        attributesOf(owner).hold(makeOne(*attributes.begin()));
+    } else if (attributes.size() != 0) {
+        NodeRow & row = NodeRow::make(attributes.size());
+        row.count = 0;
+        attributesOf(owner).hold(row);
+        for (AttributeIndex::Entry const & entry : attributes) {
+            row.nodes()[row.count] = makeOne(entry);
+            ++row.count;
+        }
+    }
 }
 
 /// Links a node to the innermost open element, or to the top.
 template <typename Class>
 void TreeBuilder::link(std::unique_ptr<Class> node) {
-    if (DOM::_XMLElement * const parent = current()) {
-        NodeAccess::link(*parent, std::move(node));
+    if (!open.isEmpty()) {
+        if (!waiting.push(node.get())) {
+            throw std::bad_alloc();
+        }
+    } else if (outermost != nullptr) {
+        childrenOf(*outermost).add(node.get());
     } else {
-        NodeAccess::link(document, std::move(node));
+        addTo(*document.get_childNodes(), node.get());
     }
+    node.release();
     ++count;
 }
 

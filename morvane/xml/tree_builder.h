@@ -9,6 +9,8 @@
 #include <morvane/xml/attribute_index.h>
 #include <morvane/xml/attribute_words.h>
 #include <morvane/xml/growing_stack.h>
+#include <morvane/xml/node_access.h>
+#include <morvane/xml/node_lists.h>
 #include <morvane/xml/xml_document.h>
 #include <morvane/xml/xml_element.h>
 
@@ -25,7 +27,15 @@ class ScannedPieces {
 public:
     explicit ScannedPieces(WideView source) noexcept : text(source), scanner(source, TagScanner::Rules::xml) {}
 
-    bool next(MarkupText & piece) noexcept;
+    bool next(MarkupText & piece) noexcept {
+        MarkupPiece bounds{};
+        if (!scanner.next(bounds)) {
+            return false;
+        }
+        yielded = true;
+        piece = {text.part(bounds.begin, bounds.end - bounds.begin), bounds.isTag};
+        return true;
+    }
     /// The text in front of the first piece: none.
     WideView textBefore() const noexcept { return {}; }
     /// True when there was a piece.
@@ -56,9 +66,9 @@ private:
 /// Builds the tree of a document out of pieces of markup.
 ///
 /// It knows no error: what doesn't fit is skipped. An element is linked when its end tag or the end of the pieces
-/// arrives, behind its finished subtree. Cost: linear, in constant stack; no heap beside the nodes but for the stack of
-/// open elements. Errors: what making a node or the debug listener throws passes through; nodes not yet linked are
-/// deleted then.
+/// arrives, behind its finished subtree. Cost: linear, in constant stack; no heap beside the nodes but for the stacks
+/// of open elements and of nodes that wait for their parent. Errors: what making a node or the debug listener throws
+/// passes through; nodes not yet linked are deleted then.
 class TreeBuilder {
 public:
     /// Builds the children of `parent`, or the top of `owner` if `parent` is null.
@@ -91,20 +101,36 @@ public:
     }
 
 private:
+    using Node = DOM::_XMLNode;
+
+    /// An element whose end tag is still to come, and the first of its children among those that wait.
+    struct OpenElement {
+        DOM::_XMLElement * element;
+        std::size_t firstChild;
+    };
+
     bool takeTag(WideView tag, WideView textBefore);
+    void takeOtherTag(WideView tag);
     bool endElement(WideView name, WideView textBefore);
     void closeElement();
-    std::unique_ptr<DOM::_XMLElement> makeElement(WideView text, bool isEmptyElement);
-    void linkProcessingInstruction(WideView text);
+    void takeElement(WideView text, bool isEmptyElement);
+    void takeProcessingInstruction(WideView text);
+    void readAttributes(WordSplitter & words, bool tracesEach);
+    template <typename Class>
+    std::unique_ptr<Class> make(NodeTexts const & texts) {
+        return NodeAccess::make<Class>(&document, current(), texts);
+    }
     template <typename Owner>
-    void setAttribute(Owner & owner, AttributeWord const & word);
+    void makeAttributes(Owner & owner);
     template <typename Class>
     void link(std::unique_ptr<Class> node);
-    DOM::_XMLElement * current() noexcept { return open.isEmpty() ? outermost : open.top(); }
+    DOM::_XMLElement * current() noexcept { return open.isEmpty() ? outermost : open.top().element; }
 
     DOM::_XMLDocument & document;
     DOM::_XMLElement * outermost;
-    GrowingStack<DOM::_XMLElement *, 64> open;
+    GrowingStack<OpenElement, 64> open;
+    /// Finished nodes of the open elements, those of the innermost behind the others.
+    GrowingStack<Node *, 256> waiting;
     AttributeIndex attributes;
     std::uint32_t count = 0;
 };

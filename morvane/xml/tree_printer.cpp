@@ -36,10 +36,7 @@ void TreePrinter::printComment(DOM::_XMLComment const & comment, std::int64_t le
 
 void TreePrinter::printProcessingInstruction(DOM::_XMLProcessingInstruction const & node) {
     append(u"<?xml"_wv);
-    DOM::_XMLNamedNodeMap const * const attributes = NodeAccess::attributes(node);
-    for (std::uint32_t index = 0; attributes != nullptr && index < attributes->get_count(); ++index) {
-        appendAttribute(attributes->getNamedNode(index));
-    }
+    appendAttributes(attributesOf(node));
     append(u"?>"_wv);
 }
 
@@ -51,7 +48,7 @@ void TreePrinter::printElement(DOM::_XMLElement const & top, std::int64_t level)
         if (parent.next == parent.count) {
             endElement(*parent.element, level + depth - 1);
             open.pop();
-        } else if (auto * const child = ElementLists::child(*parent.element, parent.next++)) {
+        } else if (auto * const child = childrenOf(*parent.element).at(parent.next++)) {
             printChild(*child, level + depth);
         }
     }
@@ -130,6 +127,12 @@ void TreePrinter::appendMarkup(DOM::_XMLNode const & node, WideView head, WideVi
     append(settings.termination);
 }
 
+void TreePrinter::appendAttributes(Attributes attributes) {
+    for (std::uint32_t index = 0; index < attributes.count(); ++index) {
+        appendAttribute(attributes.at(index));
+    }
+}
+
 /// Appends an attribute behind a blank; null is passed over.
 void TreePrinter::appendAttribute(DOM::_XMLNode * node) {
     if (node == nullptr) {
@@ -161,15 +164,14 @@ void TreePrinter::appendOnlyText(DOM::_XMLNode & node, std::int64_t level) {
 /// Prints an element that fits on one line, or the start tag of another, which is open then.
 void TreePrinter::beginElement(DOM::_XMLElement const & element, std::int64_t level) {
     LineSettings const settings = settingsOf(element);
-    std::uint32_t const count = ElementLists::childCount(element);
-    DOM::_XMLNode * const only = count == 1 ? ElementLists::child(element, 0) : nullptr;
+    Children const children = childrenOf(element);
+    std::uint32_t const count = children.count();
+    DOM::_XMLNode * const only = count == 1 ? children.at(0) : nullptr;
     bool const hasText = only != nullptr && NodeAccess::type(*only) == DOM::TEXT_NODE;
     appendIndent(settings.space, level);
     text.append(u'<');
     append(NodeAccess::name(element));
-    for (std::uint32_t index = 0; index < ElementLists::attributeCount(element); ++index) {
-        appendAttribute(ElementLists::attribute(element, index));
-    }
+    appendAttributes(attributesOf(element));
     if (count == 0 || (hasText && NodeAccess::value(*only).isEmpty())) {
         append(u"/>"_wv);
     } else if (hasText) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <morvane/strings/text_builder.h>
 #include <morvane/xml/growing_stack.h>
+#include <morvane/xml/node_lists.h>
 #include <morvane/xml/xml_document.h>
 
 namespace morvane {
@@ -45,6 +46,7 @@ private:
     void appendWhole(_WideString const & part) noexcept;
     void appendIndent(WideView space, std::int64_t level) noexcept;
     void appendMarkup(DOM::_XMLNode const & node, WideView head, WideView tail, std::int64_t level);
+    void appendAttributes(Attributes attributes);
     void appendAttribute(DOM::_XMLNode * node);
     void appendOnlyText(DOM::_XMLNode & node, std::int64_t level);
     void beginElement(DOM::_XMLElement const & element, std::int64_t level);

@@ -16,5 +16,3 @@ _WideString DOM::_XMLAttribute::toString(std::int32_t) {
     printer.printAttribute(*this);
     return printer.take();
 }
-
-DOM::_XMLAttribute::_XMLAttribute(morvane::NodeTexts const & texts) : _XMLNode(ATTRIBUTE_NODE, texts) {}

@@ -19,5 +19,5 @@ public:
 private:
     friend struct morvane::NodeAccess;
 
-    explicit _XMLAttribute(morvane::NodeTexts const & texts);
+    explicit _XMLAttribute(morvane::NodeParts const & parts) noexcept;
 };

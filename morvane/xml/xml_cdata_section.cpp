@@ -16,5 +16,3 @@ _WideString DOM::_XMLCDATASection::toString(std::int32_t level) {
     printer.printCDATASection(*this, level);
     return printer.take();
 }
-
-DOM::_XMLCDATASection::_XMLCDATASection(morvane::NodeTexts const & texts) : _XMLNode(CDATA_SECTION_NODE, texts) {}

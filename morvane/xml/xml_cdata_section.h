@@ -19,5 +19,5 @@ public:
 private:
     friend struct morvane::NodeAccess;
 
-    explicit _XMLCDATASection(morvane::NodeTexts const & texts);
+    explicit _XMLCDATASection(morvane::NodeParts const & parts) noexcept;
 };

@@ -16,5 +16,3 @@ _WideString DOM::_XMLComment::toString(std::int32_t level) {
     printer.printComment(*this, level);
     return printer.take();
 }
-
-DOM::_XMLComment::_XMLComment(morvane::NodeTexts const & texts) : _XMLNode(COMMENT_NODE, texts) {}

@@ -19,5 +19,5 @@ public:
 private:
     friend struct morvane::NodeAccess;
 
-    explicit _XMLComment(morvane::NodeTexts const & texts);
+    explicit _XMLComment(morvane::NodeParts const & parts) noexcept;
 };

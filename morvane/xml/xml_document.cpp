@@ -59,9 +59,9 @@ void handOverNode(DOM::_XMLNode & node, DOM::_XMLDocument const * former, DOM::_
             }
         }
     } else if (auto const * const instruction = dynamic_cast<DOM::_XMLProcessingInstruction const *>(&node)) {
-        DOM::_XMLNamedNodeMap const * const map = NodeAccess::attributes(*instruction);
-        for (std::uint32_t index = 0; map != nullptr && index < map->get_count(); ++index) {
-            if (DOM::_XMLNode * const attribute = map->getNamedNode(index)) {
+        morvane::Attributes const attributes = morvane::attributesOf(*instruction);
+        for (std::uint32_t index = 0; index < attributes.count(); ++index) {
+            if (DOM::_XMLNode * const attribute = attributes.at(index)) {
                 handOverNode(*attribute, former, heir);
             }
         }

@@ -7,17 +7,31 @@
 #include <morvane/xml/tree_printer.h>
 #include <utility>
 
-using morvane::ElementLists;
+using morvane::attributesOf;
+using morvane::childrenOf;
 using morvane::NodeAccess;
+
+namespace {
+
+/// Makes `element`, which holds nothing, share the lists of `other`.
+void shareItems(DOM::_XMLElement & element, DOM::_XMLElement const & other) {
+    // Both are made before one is shared, so that nothing is left behind where one can't be made.
+    morvane::ChildList & children = childrenOf(other).list();
+    morvane::AttributeList & attributes = attributesOf(other).list();
+    childrenOf(element).share(children);
+    attributesOf(element).share(attributes);
+}
+
+} // namespace
 
 DOM::_XMLElement::_XMLElement() : _XMLNode(ELEMENT_NODE) {}
 
 DOM::_XMLElement::_XMLElement(_XMLElement const & other) : _XMLNode(other) {
-    ElementLists::share(*this, other);
+    shareItems(*this, other);
 }
 
 DOM::_XMLElement::~_XMLElement() {
-    ElementLists::release(*this);
+    morvane::releaseItems(*this);
 }
 
 DOM::_XMLElement & DOM::_XMLElement::operator=(_XMLElement const & other) {
@@ -25,18 +39,18 @@ DOM::_XMLElement & DOM::_XMLElement::operator=(_XMLElement const & other) {
         // Letting go of the own lists may delete the other element.
         _XMLElement const kept(other);
         _XMLNode::operator=(other);
-        ElementLists::release(*this);
-        ElementLists::share(*this, kept);
+        morvane::releaseItems(*this);
+        shareItems(*this, kept);
     }
     return *this;
 }
 
 _Container * DOM::_XMLElement::get_childElements() const {
-    return &ElementLists::children(*this);
+    return &childrenOf(*this).list();
 }
 
 DOM::_XMLNamedNodeMap * DOM::_XMLElement::get_attributes() const {
-    return &ElementLists::attributes(*this);
+    return &attributesOf(*this).list();
 }
 
 DOM::_XMLNode * DOM::_XMLElement::addChildNode(_XMLNode const * node) {
@@ -46,23 +60,25 @@ DOM::_XMLNode * DOM::_XMLElement::addChildNode(_XMLNode const * node) {
     // Linking hands the node over, so that it is the element's to change.
     auto * const child = const_cast<_XMLNode *>(node);
     child->set_parentNode(this);
-    ElementLists::addChild(*this, child);
+    childrenOf(*this).add(child);
     return child;
 }
 
 DOM::_XMLText * DOM::_XMLElement::addText(unsigned short int const * text) {
-    return NodeAccess::link(
-        *this, NodeAccess::make<_XMLText>(get_documentNode(), this, {.name = {}, .value = morvane::viewOf(text)}));
+    return morvane::link(childrenOf(*this), NodeAccess::make<_XMLText>(get_documentNode(), this,
+                                                                       {.name = {}, .value = morvane::viewOf(text)}));
 }
 
 DOM::_XMLComment * DOM::_XMLElement::addComment(unsigned short int const * text) {
-    return NodeAccess::link(
-        *this, NodeAccess::make<_XMLComment>(get_documentNode(), this, {.name = {}, .value = morvane::viewOf(text)}));
+    return morvane::link(
+        childrenOf(*this),
+        NodeAccess::make<_XMLComment>(get_documentNode(), this, {.name = {}, .value = morvane::viewOf(text)}));
 }
 
 DOM::_XMLCDATASection * DOM::_XMLElement::addCDATASection(unsigned short int const * text) {
-    return NodeAccess::link(*this, NodeAccess::make<_XMLCDATASection>(get_documentNode(), this,
-                                                                      {.name = {}, .value = morvane::viewOf(text)}));
+    return morvane::link(
+        childrenOf(*this),
+        NodeAccess::make<_XMLCDATASection>(get_documentNode(), this, {.name = {}, .value = morvane::viewOf(text)}));
 }
 
 DOM::_XMLElement * DOM::_XMLElement::addElement(unsigned short int const * name, unsigned short int const * value) {
@@ -71,7 +87,7 @@ DOM::_XMLElement * DOM::_XMLElement::addElement(unsigned short int const * name,
     if (value != nullptr && *value != 0) {
         element->addText(value);
     }
-    return NodeAccess::link(*this, std::move(element));
+    return morvane::link(childrenOf(*this), std::move(element));
 }
 
 DOM::_XMLNode * DOM::_XMLElement::firstChild() const {
@@ -79,11 +95,11 @@ DOM::_XMLNode * DOM::_XMLElement::firstChild() const {
 }
 
 DOM::_XMLNode * DOM::_XMLElement::getNode(std::uint32_t index) const {
-    return ElementLists::child(*this, index);
+    return childrenOf(*this).at(index);
 }
 
 std::uint32_t DOM::_XMLElement::getNodeCount() const {
-    return ElementLists::childCount(*this);
+    return childrenOf(*this).count();
 }
 
 bool DOM::_XMLElement::hasChildNodes() const {
@@ -91,19 +107,15 @@ bool DOM::_XMLElement::hasChildNodes() const {
 }
 
 DOM::_XMLAttribute * DOM::_XMLElement::getAttribute(std::uint32_t index) const {
-    return ElementLists::attribute(*this, index);
+    return static_cast<_XMLAttribute *>(attributesOf(*this).at(index));
 }
 
 std::uint32_t DOM::_XMLElement::getAttributeCount() const {
-    return ElementLists::attributeCount(*this);
+    return attributesOf(*this).count();
 }
 
 DOM::_XMLAttribute * DOM::_XMLElement::getAttributeNamed(unsigned short int const * name) const {
-    if (hasOnlyAttribute) {
-        bool const isNamed = morvane::equalsFolded(NodeAccess::name(*onlyAttribute), morvane::viewOf(name));
-        return isNamed ? onlyAttribute : nullptr;
-    }
-    return attributes == nullptr ? nullptr : static_cast<_XMLAttribute *>(attributes->getNodeNamed(name));
+    return morvane::findAttribute(attributesOf(*this), morvane::viewOf(name));
 }
 
 DOM::_XMLAttribute * DOM::_XMLElement::setAttributeNamed(unsigned short int const * name,
@@ -144,9 +156,9 @@ _WideString DOM::_XMLElement::toString(std::int32_t level) {
 }
 
 DOM::_XMLAttribute * DOM::_XMLElement::addAttribute(unsigned short int const * name, unsigned short int const * value) {
-    return NodeAccess::link(
-        *this, NodeAccess::make<_XMLAttribute>(get_documentNode(), this,
-                                               {.name = morvane::viewOf(name), .value = morvane::viewOf(value)}));
+    return morvane::link(attributesOf(*this), NodeAccess::make<_XMLAttribute>(
+                                                  get_documentNode(), this,
+                                                  {.name = morvane::viewOf(name), .value = morvane::viewOf(value)}));
 }
 
 DOM::_XMLAttribute * DOM::_XMLElement::addAttributeNode(_XMLAttribute const * attribute) {
@@ -154,18 +166,16 @@ DOM::_XMLAttribute * DOM::_XMLElement::addAttributeNode(_XMLAttribute const * at
         return nullptr;
     }
     auto * const node = const_cast<_XMLAttribute *>(attribute);
-    ElementLists::addAttribute(*this, node);
+    attributesOf(*this).add(node);
     return node;
 }
 
-DOM::_XMLElement::_XMLElement(morvane::NodeTexts const & texts) : _XMLNode(ELEMENT_NODE, texts) {}
-
-void DOM::_XMLElement::set_childElements(_Container * children) {
-    hasOnlyChild = false;
-    childElements = children;
+void DOM::_XMLElement::set_childElements(_Container * container) {
+    NodeAccess::childHolding(*this) = morvane::Holding::list;
+    children = container;
 }
 
 void DOM::_XMLElement::set_attributes(_XMLNamedNodeMap * map) {
-    hasOnlyAttribute = false;
-    attributes = map;
+    NodeAccess::attributeHolding(*this) = morvane::Holding::list;
+    attributes = static_cast<void *>(map);
 }

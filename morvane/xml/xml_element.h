@@ -6,18 +6,13 @@
 
 class _Container;
 
-namespace morvane {
-struct ElementLists;
-}
-
 /// An element: a name, attributes in order, and children of every kind in order.
 ///
-/// Cost: an only child or attribute takes no list; the second one, or asking for the list, makes it. A look-up of an
-/// attribute compares the names one by one.
-/// Ownership: the element owns its two lists, and they own what was linked into them. A copy shares both lists; they go
-/// with the last of the elements that share them. Deleting an element deletes its attributes first and its children
-/// second, at any depth in constant stack.
-/// Errors: a null text reads as empty; an index outside a list gives null.
+/// Cost: an only child or attribute takes no list, and those that were read stand in a plain row; one more, or asking
+/// for the list, makes it. A look-up of an attribute compares the names one by one. Ownership: the element owns its two
+/// lists, and they own what was linked into them. A copy shares both lists; they go with the last of the elements that
+/// share them. Deleting an element deletes its attributes first and its children second, at any depth in constant
+/// stack. Errors: a null text reads as empty; an index outside a list gives null.
 class MORVANE_EXPORT DOM::_XMLElement : public DOM::_XMLNode {
 public:
     _XMLElement();
@@ -75,23 +70,15 @@ protected:
     _XMLAttribute * addAttributeNode(_XMLAttribute const * attribute);
 
 private:
-    friend struct morvane::ElementLists;
     friend struct morvane::NodeAccess;
 
-    explicit _XMLElement(morvane::NodeTexts const & texts);
+    explicit _XMLElement(morvane::NodeParts const & parts) noexcept;
 
-    void set_childElements(_Container * children);
+    void set_childElements(_Container * container);
     void set_attributes(_XMLNamedNodeMap * map);
 
-    // A list is made when it is asked for and when a second item comes; a first one stands in its place until then.
-    mutable bool hasOnlyChild = false;
-    mutable bool hasOnlyAttribute = false;
-    union {
-        mutable _Container * childElements = nullptr;
-        mutable _XMLNode * onlyChild;
-    };
-    union {
-        mutable _XMLNamedNodeMap * attributes = nullptr;
-        mutable _XMLAttribute * onlyAttribute;
-    };
+    // What the holdings say: a list, an only item, or a row of them. A list is made when it is asked for and when an
+    // item comes that there is no place for.
+    mutable void * children = nullptr;
+    mutable void * attributes = nullptr;
 };

@@ -18,11 +18,21 @@ void moveInto(_WideString & field, _WideString & text) {
 
 DOM::_XMLNode::_XMLNode(NodeType type) : nodeType(static_cast<unsigned short int>(type)) {}
 
-DOM::_XMLNode::_XMLNode(_XMLNode const & other) = default;
+DOM::_XMLNode::_XMLNode(_XMLNode const & other)
+    : _Object(other), documentNode(other.documentNode), parentNode(other.parentNode), nodeName(other.nodeName),
+      nodeValue(other.nodeValue), nodeType(other.nodeType) {}
 
 DOM::_XMLNode::~_XMLNode() = default;
 
-DOM::_XMLNode & DOM::_XMLNode::operator=(_XMLNode const & other) = default;
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the texts carry it.
+DOM::_XMLNode & DOM::_XMLNode::operator=(_XMLNode const & other) {
+    documentNode = other.documentNode;
+    parentNode = other.parentNode;
+    nodeName = other.nodeName;
+    nodeValue = other.nodeValue;
+    nodeType = other.nodeType;
+    return *this;
+}
 
 _WideString DOM::_XMLNode::get_nodeName() const {
     return nodeName;
@@ -97,15 +107,6 @@ void DOM::_XMLNode::operator delete(void * block, std::align_val_t alignment) no
 }
 
 void DOM::_XMLNode::operator delete(void *, void *) noexcept {}
-
-DOM::_XMLNode::_XMLNode(NodeType type, morvane::NodeTexts const & texts)
-    : nodeName(morvane::makeText(texts.name)), nodeValue(morvane::makeText(texts.value)),
-      nodeType(static_cast<unsigned short int>(type)) {
-    if (nodeName.arg() == nullptr || nodeValue.arg() == nullptr) {
-        // A node without its text would be data lost.
-        throw std::bad_alloc();
-    }
-}
 
 void DOM::_XMLNode::set_nodeType(unsigned short int type) {
     nodeType = type;

@@ -10,7 +10,8 @@
 
 namespace morvane {
 struct NodeAccess;
-struct NodeTexts;
+struct NodeParts;
+enum class Holding : std::uint8_t;
 } // namespace morvane
 
 /// One node of a document tree: its kind, name and value, and the way up.
@@ -60,8 +61,8 @@ public:
     static void operator delete(void * block, void * place) noexcept;
 
 protected:
-    /// Makes a node that is born with its texts; for the library's own classes.
-    _XMLNode(NodeType type, morvane::NodeTexts const & texts);
+    /// Makes a node around texts that are there already; for the library's own classes.
+    _XMLNode(NodeType type, morvane::NodeParts const & parts) noexcept;
 
 private:
     friend struct morvane::NodeAccess;
@@ -73,4 +74,7 @@ private:
     _WideString nodeName;
     _WideString nodeValue;
     unsigned short int nodeType;
+    /// How an element or instruction holds its children and attributes; they stand here because they need no room here.
+    mutable morvane::Holding childHolding{};
+    mutable morvane::Holding attributeHolding{};
 };

@@ -4,42 +4,42 @@
 #include <morvane/xml/node_access.h>
 #include <morvane/xml/node_lists.h>
 #include <morvane/xml/tree_printer.h>
-#include <utility>
 
+using morvane::attributesOf;
 using morvane::NodeAccess;
 
 DOM::_XMLProcessingInstruction::_XMLProcessingInstruction() : _XMLNode(PROCESSING_INSTRUCTION_NODE) {}
 
 DOM::_XMLProcessingInstruction::_XMLProcessingInstruction(_XMLProcessingInstruction const & other) : _XMLNode(other) {
-    attributes = other.get_attributes();
-    morvane::AttributeList::of(*attributes).share();
+    attributesOf(*this).share(attributesOf(other).list());
 }
 
 DOM::_XMLProcessingInstruction::~_XMLProcessingInstruction() {
     // A node derived elsewhere may have its dying parent make a map anew.
-    while (attributes != nullptr) {
-        morvane::releaseAttributes(std::exchange(attributes, nullptr));
+    while (!attributesOf(*this).isNothing()) {
+        morvane::releaseAttributes(attributesOf(*this));
     }
 }
 
 DOM::_XMLProcessingInstruction & DOM::_XMLProcessingInstruction::operator=(_XMLProcessingInstruction const & other) {
     if (this != &other) {
-        _XMLProcessingInstruction kept(other);
+        // Letting go of the own map may delete the other node.
+        _XMLProcessingInstruction const kept(other);
         _XMLNode::operator=(other);
-        std::swap(attributes, kept.attributes);
+        while (!attributesOf(*this).isNothing()) {
+            morvane::releaseAttributes(attributesOf(*this));
+        }
+        attributesOf(*this).share(attributesOf(kept).list());
     }
     return *this;
 }
 
 DOM::_XMLNamedNodeMap * DOM::_XMLProcessingInstruction::get_attributes() const {
-    if (attributes == nullptr) {
-        attributes = new morvane::AttributeList;
-    }
-    return attributes;
+    return &attributesOf(*this).list();
 }
 
 DOM::_XMLAttribute * DOM::_XMLProcessingInstruction::getAttribute(unsigned short int const * name) const {
-    return attributes == nullptr ? nullptr : static_cast<_XMLAttribute *>(attributes->getNodeNamed(name));
+    return morvane::findAttribute(attributesOf(*this), morvane::viewOf(name));
 }
 
 DOM::_XMLAttribute * DOM::_XMLProcessingInstruction::setAttribute(unsigned short int const * name,
@@ -48,9 +48,9 @@ DOM::_XMLAttribute * DOM::_XMLProcessingInstruction::setAttribute(unsigned short
     if (found != nullptr) {
         found->set_nodeValue(value);
     } else if (create) {
-        NodeAccess::link(
-            *this, NodeAccess::make<_XMLAttribute>(get_documentNode(), this,
-                                                   {.name = morvane::viewOf(name), .value = morvane::viewOf(value)}));
+        morvane::link(attributesOf(*this),
+                      NodeAccess::make<_XMLAttribute>(
+                          get_documentNode(), this, {.name = morvane::viewOf(name), .value = morvane::viewOf(value)}));
     }
     // The result names the attribute that was there before the call, not the one made.
     return found;
@@ -62,9 +62,7 @@ _WideString DOM::_XMLProcessingInstruction::toString(std::int32_t) {
     return printer.take();
 }
 
-DOM::_XMLProcessingInstruction::_XMLProcessingInstruction(morvane::NodeTexts const & texts)
-    : _XMLNode(PROCESSING_INSTRUCTION_NODE, texts) {}
-
 void DOM::_XMLProcessingInstruction::set_attributes(_XMLNamedNodeMap * map) {
-    attributes = map;
+    NodeAccess::attributeHolding(*this) = morvane::Holding::list;
+    attributes = static_cast<void *>(map);
 }

@@ -32,10 +32,10 @@ public:
 private:
     friend struct morvane::NodeAccess;
 
-    explicit _XMLProcessingInstruction(morvane::NodeTexts const & texts);
+    explicit _XMLProcessingInstruction(morvane::NodeParts const & parts) noexcept;
 
     void set_attributes(_XMLNamedNodeMap * map);
 
-    // Null until the first use.
-    mutable _XMLNamedNodeMap * attributes = nullptr;
+    // What `attributeHolding` says: the map, an only attribute, or a row of them.
+    mutable void * attributes = nullptr;
 };

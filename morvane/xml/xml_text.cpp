@@ -13,5 +13,3 @@ DOM::_XMLText & DOM::_XMLText::operator=(_XMLText const & other) = default;
 _WideString DOM::_XMLText::toString(std::int32_t) {
     return get_nodeValue();
 }
-
-DOM::_XMLText::_XMLText(morvane::NodeTexts const & texts) : _XMLNode(TEXT_NODE, texts) {}

@@ -19,5 +19,5 @@ public:
 private:
     friend struct morvane::NodeAccess;
 
-    explicit _XMLText(morvane::NodeTexts const & texts);
+    explicit _XMLText(morvane::NodeParts const & parts) noexcept;
 };
