@@ -1,17 +1,19 @@
 #include <morvane/core/memory.h>
 
+#include <morvane/core/heap_batch.h>
+#include <morvane/core/lifecycle.h>
 #include <morvane/platform/process_heap.h>
 #include <morvane/platform/single_thread.h>
 
-inline void _Memory::count(std::atomic<std::int32_t> Share::*calls) {
+inline void _Memory::count(std::atomic<std::int32_t> Share::*calls, std::uint32_t number) {
     static_assert(shareCount == morvane::platform::mostThreadNumber + 1);
-    std::uint32_t const number = morvane::platform::threadNumber;
-    std::atomic<std::int32_t> & count = shares[number].*calls;
-    if (number != 0 || morvane::platform::isSingleThreaded()) {
-        auto const next = static_cast<std::uint32_t>(count.load(std::memory_order_relaxed)) + 1;
+    std::uint32_t const thread = morvane::platform::threadNumber;
+    std::atomic<std::int32_t> & count = shares[thread].*calls;
+    if (thread != 0 || morvane::platform::isSingleThreaded()) {
+        auto const next = static_cast<std::uint32_t>(count.load(std::memory_order_relaxed)) + number;
         count.store(static_cast<std::int32_t>(next), std::memory_order_relaxed);
     } else {
-        count.fetch_add(1, std::memory_order_relaxed);
+        count.fetch_add(static_cast<std::int32_t>(number), std::memory_order_relaxed);
     }
 }
 
@@ -32,12 +34,12 @@ _Memory & _Memory::operator=(_Memory const & other) {
 }
 
 void * _Memory::heapAllocate(std::uint32_t size, bool zeroFill) {
-    count(&Share::allocationCount);
+    count(&Share::allocationCount, 1);
     return morvane::platform::heapAllocate(size, zeroFill);
 }
 
 void _Memory::heapUnallocate(void * pointer) {
-    count(&Share::unallocationCount);
+    count(&Share::unallocationCount, 1);
     morvane::platform::heapFree(pointer);
 }
 
@@ -79,4 +81,21 @@ void _Memory::set_unallocationCount(std::int32_t count) {
     for (Share & share : shares) {
         share.unallocationCount.store(&share == shares ? count : 0, std::memory_order_relaxed);
     }
+}
+
+bool morvane::HeapBatch::take(std::size_t const (&bytes)[3], void * (&blocks)[3]) noexcept {
+    if (globalProcessMemory == nullptr) {
+        return false;
+    }
+    globalProcessMemory->count(&_Memory::Share::allocationCount, 2);
+    if (platform::heapAllocateThree(bytes, blocks)) {
+        return true;
+    }
+    globalProcessMemory->count(&_Memory::Share::unallocationCount, 2);
+    return false;
+}
+
+void morvane::HeapBatch::giveBack(void * const (&blocks)[3]) noexcept {
+    globalProcessMemory->count(&_Memory::Share::unallocationCount, 2);
+    platform::heapFreeThree(blocks);
 }

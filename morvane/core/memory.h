@@ -5,6 +5,10 @@
 #include <cstdint>
 #include <morvane/export.h>
 
+namespace morvane {
+struct HeapBatch;
+}
+
 /// Hands out blocks of the process heap and counts the calls.
 ///
 /// Use `globalProcessMemory` for a block that the report at unloading shall count; for many small blocks of few sizes
@@ -36,6 +40,8 @@ public:
     std::uint32_t heapFree() const;
 
 private:
+    friend struct morvane::HeapBatch;
+
     std::int32_t get_allocationCount() const;
     std::int32_t get_unallocationCount() const;
     void set_allocationCount(std::int32_t count);
@@ -50,7 +56,7 @@ private:
     };
     static constexpr std::uint32_t shareCount = 8;
 
-    void count(std::atomic<std::int32_t> Share::*calls);
+    void count(std::atomic<std::int32_t> Share::*calls, std::uint32_t number);
 
     void * heapHandle;
     Share shares[shareCount];

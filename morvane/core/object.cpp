@@ -1,9 +1,5 @@
 #include <morvane/core/object.h>
 
-_Object::_Object() = default;
-
-_Object::_Object(_Object const &) {}
-
 _Object::~_Object() = default;
 
 // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): there is nothing to assign.

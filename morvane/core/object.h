@@ -8,9 +8,9 @@
 /// It has no fields; its destructor is its only virtual operation.
 class MORVANE_EXPORT _Object {
 public:
-    _Object();
+    _Object() = default;
     /// Copies nothing.
-    _Object(_Object const & other);
+    _Object(_Object const &) {}
     virtual ~_Object();
 
     /// Does nothing and gives the object back.

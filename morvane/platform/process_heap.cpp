@@ -50,4 +50,21 @@ void heapFree(void * block) noexcept {
 
 #endif
 
+bool heapAllocateThree(std::size_t const (&bytes)[3], void * (&blocks)[3]) noexcept {
+    for (std::size_t index = 0; index < 3; ++index) {
+        blocks[index] = heapAllocate(bytes[index], false);
+    }
+    if (blocks[0] == nullptr || blocks[1] == nullptr || blocks[2] == nullptr) [[unlikely]] {
+        heapFreeThree(blocks);
+        return false;
+    }
+    return true;
+}
+
+void heapFreeThree(void * const (&blocks)[3]) noexcept {
+    for (void * const block : blocks) {
+        heapFree(block);
+    }
+}
+
 } // namespace morvane::platform

@@ -17,6 +17,13 @@ void * heapAllocate(std::size_t bytes, bool zeroed) noexcept;
 /// Takes a block back, on any thread. Null is ignored.
 void heapFree(void * block) noexcept;
 
+/// Three blocks at once, uncleared, each as `heapAllocate` gives it; false, with none taken, when the system refuses
+/// one.
+bool heapAllocateThree(std::size_t const (&bytes)[3], void * (&blocks)[3]) noexcept;
+
+/// Takes three blocks back, each as `heapFree` does.
+void heapFreeThree(void * const (&blocks)[3]) noexcept;
+
 /// 1 to `mostThreadNumber` on a thread that has allocated, as long as it bears the number alone, 0 on any other. What a
 /// thread wrote under its number is seen by the thread that bears it next.
 inline constexpr std::uint32_t mostThreadNumber = 7;

@@ -49,10 +49,6 @@ char * allocateText<char>(std::uint64_t length) noexcept {
     return text;
 }
 
-unsigned short int * copyText(WideView source) noexcept {
-    return copyText<unsigned short int>(source);
-}
-
 void releaseText(unsigned short int * text) noexcept {
     if (text != nullptr) {
         globalProcessMemory->heapUnallocate(text);

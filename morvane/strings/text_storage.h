@@ -17,9 +17,6 @@ unsigned short int * allocateText<unsigned short int>(std::uint64_t length) noex
 template <>
 char * allocateText<char>(std::uint64_t length) noexcept;
 
-/// A buffer with a copy of `source`; null when the heap refuses.
-unsigned short int * copyText(WideView source) noexcept;
-
 /// Gives a buffer back the way it came. Null is ignored.
 void releaseText(unsigned short int * text) noexcept;
 void releaseText(char * text) noexcept;

@@ -1,8 +1,11 @@
 // How the parts of the document model reach into its nodes.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <memory>
+#include <morvane/core/heap_batch.h>
 #include <morvane/strings/text_storage.h>
 #include <morvane/strings/text_view.h>
 #include <morvane/xml/xml_attribute.h>
@@ -52,22 +55,32 @@ struct NodeAccess {
     /// Throws `std::bad_alloc` where the heap refuses: a node without its text would be data lost.
     template <typename Class>
     static std::unique_ptr<Class> make(DOM::_XMLDocument * document, Node * parent, NodeTexts const & texts = {}) {
-        void * const block = Node::operator new(sizeof(Class));
-        unsigned short int * const name = copyText(texts.name);
-        unsigned short int * const value = copyText(texts.value);
-        if (name == nullptr || value == nullptr) {
-            releaseText(name);
-            releaseText(value);
-            Node::operator delete(block);
+        constexpr std::size_t unitBytes = sizeof(unsigned short int);
+        std::size_t const bytes[3]{sizeof(Class), (texts.name.length + 1) * unitBytes,
+                                   (texts.value.length + 1) * unitBytes};
+        void * blocks[3];
+        if (std::max(bytes[1], bytes[2]) > UINT32_MAX || !HeapBatch::take(bytes, blocks)) {
             throw std::bad_alloc();
         }
-        return std::unique_ptr<Class>(::new (block)
+        return std::unique_ptr<Class>(::new (blocks[0])
                                           Class({.document = document,
                                                  .parent = parent,
-                                                 .name = name,
+                                                 .name = fill(blocks[1], texts.name),
                                                  .nameUnits = static_cast<std::uint32_t>(texts.name.length),
-                                                 .value = value,
+                                                 .value = fill(blocks[2], texts.value),
                                                  .valueUnits = static_cast<std::uint32_t>(texts.value.length)}));
+    }
+
+    /// Deletes a node that is exactly a `Class` and holds no children and attributes.
+    template <typename Class>
+    static void destroy(Class & node) noexcept {
+        void * const blocks[3]{&node, node.nodeName.get_data(), node.nodeValue.get_data()};
+        if (blocks[1] == nullptr || blocks[2] == nullptr) {
+            delete &node;
+        } else {
+            // Nothing is left to its destructor but what goes here.
+            HeapBatch::giveBack(blocks);
+        }
     }
 
     /// The holdings of an element or instruction.
@@ -89,6 +102,33 @@ struct NodeAccess {
     static Class * link(DOM::_XMLDocument & parent, std::unique_ptr<Class> node) {
         parent.addChildNode(node.get());
         return node.release();
+    }
+
+private:
+    /// Copies a text, most of which are short, into its buffer.
+    static unsigned short int * fill(void * buffer, WideView text) noexcept {
+        std::size_t const bytes = text.length * sizeof(unsigned short int);
+        char * const to = static_cast<char *>(buffer);
+        char const * const from = reinterpret_cast<char const *>(text.data);
+        if (bytes > 128) {
+            std::memcpy(to, from, bytes);
+        } else if (bytes >= 16) {
+            for (std::size_t done = 0; done + 16 <= bytes; done += 16) {
+                std::memcpy(to + done, from + done, 16);
+            }
+            std::memcpy(to + bytes - 16, from + bytes - 16, 16);
+        } else if (bytes >= 8) {
+            std::memcpy(to, from, 8);
+            std::memcpy(to + bytes - 8, from + bytes - 8, 8);
+        } else if (bytes >= 4) {
+            std::memcpy(to, from, 4);
+            std::memcpy(to + bytes - 4, from + bytes - 4, 4);
+        } else if (bytes != 0) {
+            std::memcpy(to, from, 2);
+        }
+        auto * const units = static_cast<unsigned short int *>(buffer);
+        units[text.length] = 0;
+        return units;
     }
 };
 

@@ -18,6 +18,26 @@ struct Deletion {
     std::uint32_t next;
 };
 
+void deleteElement(Element & element) noexcept {
+    if (attributesOf(element).isNothing() && childrenOf(element).isNothing()) {
+        NodeAccess::destroy(element);
+    } else {
+        delete &element;
+    }
+}
+
+/// Deletes a node that holds no children and attributes any more, unless it is an element; the library's own classes go
+/// without a look at their virtual destructors.
+void deleteLeaf(_Object * item) noexcept {
+    if (isExactly<DOM::_XMLText>(*item)) {
+        NodeAccess::destroy(static_cast<DOM::_XMLText &>(*item));
+    } else if (isExactly<DOM::_XMLAttribute>(*item)) {
+        NodeAccess::destroy(static_cast<DOM::_XMLAttribute &>(*item));
+    } else {
+        delete item;
+    }
+}
+
 void releaseChildren(Element & top) noexcept {
     GrowingStack<Deletion, 32> open;
     if (childrenOf(top).isOwner()) {
@@ -35,15 +55,17 @@ void releaseChildren(Element & top) noexcept {
                 if (childrenOf(element).isOwner() && open.push({&element, 0})) {
                     continue;
                 }
+                deleteElement(element);
+            } else {
+                deleteLeaf(item);
             }
-            delete item;
             continue;
         }
         Element & emptied = *deletion.element;
         open.pop();
         children.drop();
         if (&emptied != &top) {
-            delete &emptied;
+            deleteElement(emptied);
         }
     }
     childrenOf(top).drop();
@@ -168,7 +190,7 @@ void releaseAttributes(Attributes attributes) noexcept {
         if (item == nullptr) {
             break;
         }
-        delete item;
+        deleteLeaf(item);
     }
     attributes.drop();
 }
