@@ -147,6 +147,22 @@ private:
     bool isReleased;
 };
 
+TEST_F(Printer, ManyPiecesComeTogetherWhole) {
+    for (char16_t const * const space : {u"  ", u"\t", u"ab", u"0123456789"}) {
+        std::u16string expected = u"<r>\r\n";
+        for (std::size_t number = 0; number < 3000; ++number) {
+            std::u16string const text(1 + number % 300, static_cast<char16_t>(u'a' + number % 26));
+            expected += space + std::u16string(u"<e a=\"") + text.substr(0, number % 40) + u"\">" + text + u"</e>\r\n";
+        }
+        expected += u"</r>\r\n";
+        DOM::_XMLDocument document;
+        document.set_lineSpace(wide(space));
+        _WideString error;
+        ASSERT_TRUE(document.loadFromString(Units(expected), error));
+        EXPECT_TRUE(printed(document) == expected) << shown(space);
+    }
+}
+
 TEST_F(Printer, DerivedClassesHaveTheirSay) {
     DOM::_XMLDocument document;
     DOM::_XMLElement * const root = document.addElement(u"a"_w, u""_w);

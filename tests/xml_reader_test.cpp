@@ -1,10 +1,12 @@
 #include "xml_support.h"
 
+#include <algorithm>
 #include <functional>
 #include <morvane/core/literals.h>
 #include <morvane/strings/wide_string_array.h>
 #include <morvane/strings/wide_tag.h>
 #include <morvane/strings/wide_tag_array.h>
+#include <morvane/xml/printed_text.h>
 #include <morvane/xml/tree_builder.h>
 #include <pthread.h>
 
@@ -257,6 +259,23 @@ TEST_F(Reader, DepthTakesNoStack) {
             EXPECT_EQ(units(printed.mid((depth - 2) * 3, 11)), u"<a><a/></a>");
         }
     });
+}
+
+TEST(PrintedText, CopiesUpToTheFirstZeroAtAnyLength) {
+    for (std::size_t length = 0; length <= 72; ++length) {
+        for (std::size_t zero = 0; zero <= length; ++zero) {
+            std::u16string text(length, u'\x8000');
+            if (zero < length) {
+                text[zero] = 0;
+            }
+            std::vector<unsigned short int> source(text.begin(), text.end());
+            source.push_back(1);
+            std::vector<unsigned short int> target(length + 1);
+            EXPECT_EQ(morvane::copyUpToZero(target.data(), {source.data(), length}) - target.data(),
+                      static_cast<std::ptrdiff_t>(zero));
+            EXPECT_TRUE(std::equal(source.begin(), source.begin() + static_cast<std::ptrdiff_t>(zero), target.begin()));
+        }
+    }
 }
 
 TEST_F(Reader, TakesVeryManySiblings) {

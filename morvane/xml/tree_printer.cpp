@@ -1,8 +1,8 @@
 #include <morvane/xml/tree_printer.h>
 
 #include <algorithm>
+#include <cstring>
 #include <morvane/containers/container.h>
-#include <morvane/strings/unit_search.h>
 #include <morvane/xml/node_access.h>
 #include <morvane/xml/node_lists.h>
 
@@ -12,7 +12,17 @@ using namespace literals;
 
 namespace {
 
-/// What a virtual `toString` takes; a level beyond it wraps as in the sum of two such numbers.
+using Unit = unsigned short int;
+
+Unit * put(Unit * at, WideView part) noexcept {
+    for (Unit const unit : part) {
+        *at++ = unit;
+    }
+    return at;
+}
+
+/// What a virtual `toString` takes; a level beyond it wraps as in the sum of
+/// two such numbers.
 std::int32_t levelArgument(std::int64_t level) noexcept {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(level));
 }
@@ -20,10 +30,12 @@ std::int32_t levelArgument(std::int64_t level) noexcept {
 } // namespace
 
 void TreePrinter::printAttribute(DOM::_XMLAttribute const & attribute) {
-    append(NodeAccess::name(attribute));
-    append(u"=\""_wv);
-    append(NodeAccess::value(attribute));
-    append(u"\""_wv);
+    WideView const name = viewOf(NodeAccess::name(attribute));
+    WideView const value = viewOf(NodeAccess::value(attribute));
+    if (Unit * at = text.room(name.length + value.length + 3)) {
+        at = put(copyUpToZero(at, name), u"=\""_wv);
+        text.finish(put(copyUpToZero(at, value), u"\""_wv));
+    }
 }
 
 void TreePrinter::printCDATASection(DOM::_XMLCDATASection const & section, std::int64_t level) {
@@ -35,9 +47,9 @@ void TreePrinter::printComment(DOM::_XMLComment const & comment, std::int64_t le
 }
 
 void TreePrinter::printProcessingInstruction(DOM::_XMLProcessingInstruction const & node) {
-    append(u"<?xml"_wv);
+    text.append(u"<?xml"_wv);
     appendAttributes(attributesOf(node));
-    append(u"?>"_wv);
+    text.append(u"?>"_wv);
 }
 
 void TreePrinter::printElement(DOM::_XMLElement const & top, std::int64_t level) {
@@ -60,7 +72,7 @@ void TreePrinter::printDocument(DOM::_XMLDocument const & document) {
         auto * const node = static_cast<DOM::_XMLNode *>(nodes.getObject(index));
         if (node != nullptr && NodeAccess::type(*node) == DOM::PROCESSING_INSTRUCTION_NODE) {
             printChild(*node, 0);
-            appendWhole(NodeAccess::lineTermination(document));
+            appendWhole(viewOf(NodeAccess::lineTermination(document)));
         }
     }
     if (DOM::_XMLElement * const root = document.getRoot()) {
@@ -73,127 +85,162 @@ void TreePrinter::printDocument(DOM::_XMLDocument const & document) {
 }
 
 _WideString TreePrinter::take() {
-    text.append(0, trailingZeros);
     _WideString result;
-    if (isRefused) {
-        result.empty();
-    } else {
-        text.moveTo(result);
-    }
+    text.moveTo(result, trailingZeros);
     return result;
 }
 
-TreePrinter::LineSettings TreePrinter::settingsOf(DOM::_XMLNode const & node) noexcept {
+/// The settings of the document of `node`, valid until the next node is asked.
+TreePrinter::LineSettings const & TreePrinter::settingsOf(DOM::_XMLNode const & node) noexcept {
     DOM::_XMLDocument const * const document = NodeAccess::document(node);
-    if (document == nullptr) {
-        return {u"  "_wv, u"\r\n"_wv};
+    if (settings.isKnown && settings.document == document) {
+        return settings;
     }
-    return {viewOf(NodeAccess::lineSpace(*document).arg()), viewOf(NodeAccess::lineTermination(*document).arg())};
+    settings = {.space = u"  "_wv, .termination = u"\r\n"_wv, .isUniform = true, .document = document, .isKnown = true};
+    if (document != nullptr) {
+        settings.space = viewOf(NodeAccess::lineSpace(*document).arg());
+        settings.termination = viewOf(NodeAccess::lineTermination(*document).arg());
+        settings.isUniform = std::all_of(settings.space.begin(), settings.space.end(),
+                                         [&](Unit unit) { return unit == settings.space[0]; });
+    }
+    return settings;
+}
+
+/// Asks a node of a class derived elsewhere, which may change what the settings
+/// were taken from.
+_WideString TreePrinter::ask(DOM::_XMLNode & node, std::int64_t level) {
+    settings.isKnown = false;
+    return node.toString(levelArgument(level));
 }
 
 /// Appends up to the first zero, as a formatted text does.
-void TreePrinter::append(_WideString const & part) noexcept {
-    WideView const units = viewOf(part);
-    text.append(units.first(std::min(findUnit(units, 0), units.length)));
+void TreePrinter::appendUpToZero(WideView part) noexcept {
+    if (Unit * const at = text.room(part.length)) {
+        text.finish(copyUpToZero(at, part));
+    }
 }
 
-/// Appends as text is appended to text: up to the first zero, while the length grows by all.
-void TreePrinter::appendWhole(_WideString const & part) noexcept {
-    std::size_t const before = text.length();
-    append(part);
-    trailingZeros += part.get_length() - (text.length() - before);
+/// Appends as text is appended to text: up to the first zero, while the length
+/// grows by all.
+void TreePrinter::appendWhole(WideView part) noexcept {
+    if (Unit * const at = text.room(part.length)) {
+        Unit * const end = copyUpToZero(at, part);
+        text.finish(end);
+        trailingZeros += part.length - static_cast<std::size_t>(end - at);
+    }
 }
 
-void TreePrinter::appendIndent(WideView space, std::int64_t level) noexcept {
-    if (level < 1 || space.isEmpty()) {
-        return;
+/// Units of an indent.
+std::size_t TreePrinter::LineSettings::indentUnits(std::int64_t level) const noexcept {
+    return level < 1 ? 0 : static_cast<std::size_t>(level) * space.length;
+}
+
+/// Writes an indent of so many units; up to `slack` units behind it may be
+/// overwritten.
+unsigned short int * TreePrinter::LineSettings::putIndent(Unit * at, std::size_t units) const noexcept {
+    Unit * const end = at + units;
+    if (isUniform && units != 0) {
+        Unit step[slack];
+        std::fill_n(step, slack, space[0]);
+        for (; at < end; at += slack) {
+            std::memcpy(at, step, sizeof step);
+        }
     }
-    auto const count = static_cast<std::size_t>(level);
-    if (std::all_of(space.begin(), space.end(), [&](unsigned short int unit) { return unit == space[0]; })) {
-        text.append(space[0], count * space.length);
-        return;
+    while (at < end) {
+        at = put(at, space);
     }
-    for (std::size_t step = 0; step < count && !text.hasFailed(); ++step) {
-        text.append(space);
-    }
+    return end;
 }
 
 void TreePrinter::appendMarkup(DOM::_XMLNode const & node, WideView head, WideView tail, std::int64_t level) {
-    LineSettings const settings = settingsOf(node);
-    appendIndent(settings.space, level);
-    append(head);
-    append(NodeAccess::value(node));
-    append(tail);
-    append(settings.termination);
+    LineSettings const & line = settingsOf(node);
+    WideView const value = viewOf(NodeAccess::value(node));
+    std::size_t const indent = line.indentUnits(level);
+    if (Unit * at = text.room(indent + LineSettings::slack + head.length + value.length + tail.length
+                              + line.termination.length)) {
+        at = put(line.putIndent(at, indent), head);
+        at = put(copyUpToZero(at, value), tail);
+        text.finish(put(at, line.termination));
+    }
 }
 
 void TreePrinter::appendAttributes(Attributes attributes) {
-    for (std::uint32_t index = 0; index < attributes.count(); ++index) {
-        appendAttribute(attributes.at(index));
-    }
-}
-
-/// Appends an attribute behind a blank; null is passed over.
-void TreePrinter::appendAttribute(DOM::_XMLNode * node) {
-    if (node == nullptr) {
-        return;
-    }
-    text.append(u' ');
-    if (isExactly<DOM::_XMLAttribute>(*node)) {
-        printAttribute(static_cast<DOM::_XMLAttribute const &>(*node));
-    } else {
-        append(node->toString(0));
+    std::uint32_t const count = attributes.count();
+    for (std::uint32_t index = 0; index < count; ++index) {
+        if (DOM::_XMLNode * const node = attributes.at(index)) {
+            text.append(u" "_wv);
+            if (isExactly<DOM::_XMLAttribute>(*node)) {
+                printAttribute(static_cast<DOM::_XMLAttribute const &>(*node));
+            } else {
+                appendUpToZero(viewOf(ask(*node, 0)));
+            }
+        }
     }
 }
 
 /// The content of an element whose only child is a text that is not empty.
 void TreePrinter::appendOnlyText(DOM::_XMLNode & node, std::int64_t level) {
     if (isExactly<DOM::_XMLText>(node)) {
-        append(NodeAccess::value(node));
+        appendUpToZero(viewOf(NodeAccess::value(node)));
         return;
     }
-    _WideString const content = node.toString(levelArgument(level));
+    _WideString const content = ask(node, level);
     if (content.arg() == nullptr) {
         // As any formatted text prints a released one.
-        append(u"(null)"_wv);
+        text.append(u"(null)"_wv);
     } else {
-        append(content);
+        appendUpToZero(viewOf(content));
     }
 }
 
-/// Prints an element that fits on one line, or the start tag of another, which is open then.
+/// Prints an element that fits on one line, or the start tag of another, which
+/// is open then.
 void TreePrinter::beginElement(DOM::_XMLElement const & element, std::int64_t level) {
-    LineSettings const settings = settingsOf(element);
     Children const children = childrenOf(element);
     std::uint32_t const count = children.count();
     DOM::_XMLNode * const only = count == 1 ? children.at(0) : nullptr;
     bool const hasText = only != nullptr && NodeAccess::type(*only) == DOM::TEXT_NODE;
-    appendIndent(settings.space, level);
-    text.append(u'<');
-    append(NodeAccess::name(element));
+    LineSettings const & line = settingsOf(element);
+    WideView const name = viewOf(NodeAccess::name(element));
+    std::size_t const indent = line.indentUnits(level);
+    if (Unit * at = text.room(indent + LineSettings::slack + 1 + name.length)) {
+        at = put(line.putIndent(at, indent), u"<"_wv);
+        text.finish(copyUpToZero(at, name));
+    }
     appendAttributes(attributesOf(element));
     if (count == 0 || (hasText && NodeAccess::value(*only).isEmpty())) {
-        append(u"/>"_wv);
+        text.append(u"/>"_wv);
+        text.append(settingsOf(element).termination);
     } else if (hasText) {
-        text.append(u'>');
+        text.append(u">"_wv);
         appendOnlyText(*only, level + 1);
-        append(u"</"_wv);
-        append(NodeAccess::name(element));
-        text.append(u'>');
+        appendEndTag(element);
     } else {
-        text.append(u'>');
-        isRefused = !open.push({&element, 0, count}) || isRefused;
+        text.append(u">"_wv);
+        if (!open.push({&element, 0, count})) {
+            text.fail();
+        }
+        text.append(settingsOf(element).termination);
     }
-    append(settings.termination);
 }
 
 void TreePrinter::endElement(DOM::_XMLElement const & element, std::int64_t level) {
-    LineSettings const settings = settingsOf(element);
-    appendIndent(settings.space, level);
-    append(u"</"_wv);
-    append(NodeAccess::name(element));
-    text.append(u'>');
-    append(settings.termination);
+    LineSettings const & line = settingsOf(element);
+    std::size_t const indent = line.indentUnits(level);
+    if (Unit * const at = text.room(indent + LineSettings::slack)) {
+        text.finish(line.putIndent(at, indent));
+    }
+    appendEndTag(element);
+}
+
+/// The end tag and the end of its line.
+void TreePrinter::appendEndTag(DOM::_XMLElement const & element) noexcept {
+    WideView const name = viewOf(NodeAccess::name(element));
+    WideView const termination = settingsOf(element).termination;
+    if (Unit * at = text.room(name.length + 3 + termination.length)) {
+        at = copyUpToZero(put(at, u"</"_wv), name);
+        text.finish(put(put(at, u">"_wv), termination));
+    }
 }
 
 /// Prints a node; an element with children is begun only.
@@ -201,7 +248,7 @@ void TreePrinter::printChild(DOM::_XMLNode & node, std::int64_t level) {
     if (isExactly<DOM::_XMLElement>(node)) {
         beginElement(static_cast<DOM::_XMLElement const &>(node), level);
     } else if (isExactly<DOM::_XMLText>(node)) {
-        appendWhole(NodeAccess::value(node));
+        appendWhole(viewOf(NodeAccess::value(node)));
     } else if (isExactly<DOM::_XMLComment>(node)) {
         printComment(static_cast<DOM::_XMLComment const &>(node), level);
     } else if (isExactly<DOM::_XMLCDATASection>(node)) {
@@ -209,7 +256,7 @@ void TreePrinter::printChild(DOM::_XMLNode & node, std::int64_t level) {
     } else if (isExactly<DOM::_XMLProcessingInstruction>(node)) {
         printProcessingInstruction(static_cast<DOM::_XMLProcessingInstruction const &>(node));
     } else {
-        appendWhole(node.toString(levelArgument(level)));
+        appendWhole(viewOf(ask(node, level)));
     }
 }
 

@@ -3,17 +3,20 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <morvane/strings/text_builder.h>
+#include <morvane/strings/text_view.h>
 #include <morvane/xml/growing_stack.h>
 #include <morvane/xml/node_lists.h>
+#include <morvane/xml/printed_text.h>
 #include <morvane/xml/xml_document.h>
 
 namespace morvane {
 
-/// Prints nodes into one text; `toString` of the node classes is its public face.
+/// Prints nodes into one text; `toString` of the node classes is its public
+/// face.
 ///
-/// Nodes of the library's own classes are appended in place; one of a class derived from them is asked through its
-/// `toString`. Cost: linear in the text, in constant stack. Errors: where the heap refuses, the text ends released.
+/// Nodes of the library's own classes are appended in place; one of a class
+/// derived from them is asked through its `toString`. Cost: linear in the text,
+/// in constant stack. Errors: where the heap refuses, the text ends released.
 class TreePrinter {
 public:
     void printAttribute(DOM::_XMLAttribute const & attribute);
@@ -38,25 +41,34 @@ private:
     struct LineSettings {
         WideView space;
         WideView termination;
-    };
-    static LineSettings settingsOf(DOM::_XMLNode const & node) noexcept;
+        /// Whether the space repeats one unit.
+        bool isUniform;
+        DOM::_XMLDocument const * document;
+        bool isKnown;
 
-    void append(WideView part) noexcept { text.append(part); }
-    void append(_WideString const & part) noexcept;
-    void appendWhole(_WideString const & part) noexcept;
-    void appendIndent(WideView space, std::int64_t level) noexcept;
+        static constexpr std::size_t slack = 8;
+
+        std::size_t indentUnits(std::int64_t level) const noexcept;
+        unsigned short int * putIndent(unsigned short int * at, std::size_t units) const noexcept;
+    };
+    LineSettings const & settingsOf(DOM::_XMLNode const & node) noexcept;
+    _WideString ask(DOM::_XMLNode & node, std::int64_t level);
+
+    void appendUpToZero(WideView part) noexcept;
+    void appendWhole(WideView part) noexcept;
     void appendMarkup(DOM::_XMLNode const & node, WideView head, WideView tail, std::int64_t level);
+    void appendEndTag(DOM::_XMLElement const & element) noexcept;
     void appendAttributes(Attributes attributes);
-    void appendAttribute(DOM::_XMLNode * node);
     void appendOnlyText(DOM::_XMLNode & node, std::int64_t level);
     void beginElement(DOM::_XMLElement const & element, std::int64_t level);
     void endElement(DOM::_XMLElement const & element, std::int64_t level);
     void printChild(DOM::_XMLNode & node, std::int64_t level);
 
-    WideBuilder text;
-    /// Zero units that stand behind the text: what appending whole texts with zeros inside leaves there.
+    PrintedText text;
+    LineSettings settings{};
+    /// Zero units that stand behind the text: what appending whole texts with
+    /// zeros inside leaves there.
     std::size_t trailingZeros = 0;
-    bool isRefused = false;
     GrowingStack<OpenElement, 32> open;
 };
 

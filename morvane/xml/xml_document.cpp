@@ -47,7 +47,26 @@ bool findDeclaration(morvane::TextView<Unit> text, std::uint32_t & position, Str
     return true;
 }
 
-/// Gives a node and its attributes to `heir` where they know `former` as their document.
+/// The units of `text` in front of its first zero, and whether an "&" is among
+/// them. They are looked through in stretches that are still in the cache from
+/// being measured.
+morvane::WideView measure(unsigned short int const * text, bool & hasAmpersand) noexcept {
+    constexpr std::size_t stretch = 8192;
+    morvane::WideView measured{text, 0};
+    hasAmpersand = false;
+    for (;;) {
+        std::size_t const start = measured.length;
+        std::size_t const added = morvane::unitLength(text + start, stretch);
+        hasAmpersand = hasAmpersand || morvane::findUnit(morvane::WideView{text + start, added}, u'&') < added;
+        measured.length += added;
+        if (added < stretch) {
+            return measured;
+        }
+    }
+}
+
+/// Gives a node and its attributes to `heir` where they know `former` as their
+/// document.
 void handOverNode(DOM::_XMLNode & node, DOM::_XMLDocument const * former, DOM::_XMLDocument * heir) {
     if (node.get_documentNode() == former) {
         node.set_documentNode(heir);
@@ -74,7 +93,8 @@ struct Walk {
     std::uint32_t next;
 };
 
-/// Gives `top` and the nodes under it to `heir` where they know `former` as their document.
+/// Gives `top` and the nodes under it to `heir` where they know `former` as
+/// their document.
 void handOver(DOM::_XMLNode & top, DOM::_XMLDocument const * former, DOM::_XMLDocument * heir) {
     morvane::GrowingStack<Walk, 64> walks;
     DOM::_XMLNode * node = &top;
@@ -311,9 +331,10 @@ bool DOM::_XMLDocument::loadFromString(unsigned short int const * text, _WideStr
         error = u"loadFromString:bad input string"_w;
         return false;
     }
-    morvane::WideView markup = morvane::viewOf(text);
+    bool hasAmpersand = false;
+    morvane::WideView markup = measure(text, hasAmpersand);
     morvane::WideBuilder decoded;
-    if (morvane::hasReferences(markup)) {
+    if (hasAmpersand && morvane::hasReferences(markup)) {
         morvane::decodeReferences(markup, decoded);
         if (decoded.hasFailed()) {
             return false;
