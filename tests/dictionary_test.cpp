@@ -220,7 +220,8 @@ TEST(Dictionary, SortsNullEntriesBehindTheItems) {
 TEST(Dictionary, FindsTheFirstItem) {
     LeakCheck const check;
     _MutableDictionary dictionary;
-    fill(dictionary, {"gone=gone", "key=one", "Key=two", "key=three", "no sign", "=empty key", "-1=key"});
+    fill(dictionary,
+         {"gone=gone", "key=one", "Key=two", "key=three", "no sign", "=empty key", "-1=key", "a longer key=1"});
     std::unique_ptr<_DictionaryItem> const removed(dictionary[0]);
     dictionary.removeAt(0, 1);
     struct Case {
@@ -229,7 +230,8 @@ TEST(Dictionary, FindsTheFirstItem) {
     };
     for (Case const & test : {Case{"key", 1, 1, 6, 6}, Case{"Key", 2, 1, -1, 6}, Case{"KEY", -1, 1, -1, 6},
                               Case{"ke", -1, -1, -1, -1}, Case{"keys", -1, -1, -1, -1}, Case{"", 4, 4, 4, 4},
-                              Case{"gone", -1, -1, -1, -1}, Case{noText, -1, -1, -1, -1}, Case{"TWO", -1, -1, -1, 2}}) {
+                              Case{"gone", -1, -1, -1, -1}, Case{noText, -1, -1, -1, -1}, Case{"TWO", -1, -1, -1, 2},
+                              Case{"a longer key", 7, 7, -1, -1}, Case{"A longer key", -1, 7, -1, -1}}) {
         SCOPED_TRACE(testing::PrintToString(test.text));
         auto const keyAt = [&](std::int32_t index) {
             return index == -1 ? "-1" : bytesOf(dictionary[index]->getKey());

@@ -27,16 +27,29 @@ DataView upToZero(DataView text) {
     return zero == nullptr ? text : text.first(static_cast<std::size_t>(zero - text.data));
 }
 
+/// The eight bytes at `bytes`, for comparing.
+std::uint64_t loadEight(char const * bytes) {
+    std::uint64_t value;
+    std::memcpy(&value, bytes, sizeof(value));
+    return value;
+}
+
 /// What a text is held against, its length known; zero bytes end both.
 class SoughtText {
 public:
-    explicit SoughtText(char const * text) : sought(viewOf(text)) {}
+    explicit SoughtText(char const * text)
+        : sought(viewOf(text)), hasEight(sought.length >= sizeof(lastEight)),
+          lastEight(hasEight ? loadEight(sought.end() - sizeof(lastEight)) : 0) {}
 
     bool equals(_DataString const & text) const {
         DataView const stored = viewOf(text);
+        // Keys begin alike more often than they end alike.
+        if (stored.length < sought.length
+            || (hasEight && loadEight(stored.data + sought.length - sizeof(lastEight)) != lastEight)) {
+            return false;
+        }
         // The zero behind the last byte belongs to the buffer.
-        return stored.length >= sought.length && stored.data[sought.length] == 0
-               && std::memcmp(stored.data, sought.data, sought.length) == 0;
+        return stored.data[sought.length] == 0 && std::memcmp(stored.data, sought.data, sought.length) == 0;
     }
     bool equalsNoCase(_DataString const & text) const {
         DataView const stored = viewOf(text);
@@ -46,6 +59,8 @@ public:
 
 private:
     DataView sought;
+    bool hasEight;
+    std::uint64_t lastEight;
 };
 
 /// Gathers texts as `_DataString::add` joins them: each up to its first zero, but counted with its whole length.
@@ -73,15 +88,18 @@ struct PrefixedItem {
     _DictionaryItem * item;
 };
 
-/// The eight bytes from `start` on, which is not behind the end of the text; behind it they count as zeros.
+/// The eight bytes from `start` on, which is not behind the first zero; from there on they count as zeros.
 std::uint64_t prefixOf(DataView text, std::size_t start) {
     std::uint64_t prefix = 0;
+    bool isEnd = false;
     for (std::size_t index = start; index < start + sizeof(prefix); ++index) {
-        prefix = prefix << 8 | (index < text.length ? static_cast<unsigned char>(text[index]) : 0);
+        isEnd = isEnd || index >= text.length || text[index] == 0;
+        prefix = prefix << 8 | (isEnd ? 0 : static_cast<unsigned char>(text[index]));
     }
     return prefix;
 }
 
+/// How many bytes both begin with, of which `left` has no zero.
 std::size_t commonLength(DataView left, DataView right) {
     std::size_t const length = std::min(left.length, right.length);
     return static_cast<std::size_t>(std::mismatch(left.begin(), left.begin() + length, right.begin()).first
@@ -476,13 +494,20 @@ bool _MutableDictionary::sortByPrefix(std::int32_t itemCount, _DictionaryItem::D
     if (entries == nullptr) {
         return false;
     }
-    // Only of `_DictionaryItem` itself is it known what its comparison goes by.
+    auto const textOf = [filter](_DictionaryItem const & item) {
+        return viewOf(filter == _DictionaryItem::sortByKey ? item.key : item.value);
+    };
+    // What all texts begin with tells nothing.
+    DataView first = upToZero(textOf(*itemAt(0)));
     for (std::int32_t index = 0; index < itemCount; ++index) {
         _DictionaryItem const & item = *itemAt(index);
+        // Only of `_DictionaryItem` itself is it known what its comparison goes by.
         if (typeid(item) != typeid(_DictionaryItem)) {
             return false;
         }
+        first = first.first(commonLength(first, textOf(item)));
     }
+    std::size_t const common = first.length;
     std::unique_ptr<PrefixedItem[], void (*)(void *)> const scratch(
         static_cast<PrefixedItem *>(
             morvane::platform::heapAllocate(static_cast<std::size_t>(itemCount) * sizeof(PrefixedItem), false)),
@@ -490,30 +515,23 @@ bool _MutableDictionary::sortByPrefix(std::int32_t itemCount, _DictionaryItem::D
     if (scratch == nullptr) {
         return false;
     }
-    auto const textOf = [filter](_DictionaryItem const & item) {
-        return viewOf(filter == _DictionaryItem::sortByKey ? item.key : item.value);
-    };
-    // What all texts begin with tells nothing.
-    std::size_t common = std::numeric_limits<std::size_t>::max();
-    DataView const first = upToZero(textOf(*itemAt(0)));
-    for (std::int32_t index = 0; index < itemCount && common != 0; ++index) {
-        common = std::min(common, commonLength(first, upToZero(textOf(*itemAt(index)))));
-    }
     for (std::int32_t index = 0; index < itemCount; ++index) {
         _DictionaryItem * const item = itemAt(index);
-        scratch[static_cast<std::size_t>(index)] = {prefixOf(upToZero(textOf(*item)), common), item};
+        scratch[static_cast<std::size_t>(index)] = {prefixOf(textOf(*item), common), item};
     }
     PrefixedItems items{scratch.get()};
-    morvane::quickSort(
-        items, 0, itemCount - 1, [textOf, common](PrefixedItem const & item, PrefixedItem const & pivot) {
-            if (item.prefix != pivot.prefix) {
-                return item.prefix < pivot.prefix ? 1 : -1;
-            }
-            // A zero among the eight bytes is the end of both texts.
-            return (item.prefix & 0xFF) == 0 ? 0
-                                             : std::strcmp(textOf(*pivot.item).data + common + sizeof(item.prefix),
-                                                           textOf(*item.item).data + common + sizeof(item.prefix));
-        });
+    morvane::quickSort(items, 0, itemCount - 1,
+                       [textOf, common](PrefixedItem const & item, PrefixedItem const & pivot) {
+                           if (item.prefix != pivot.prefix) {
+                               return item.prefix < pivot.prefix ? 1 : -1;
+                           }
+                           // A zero among the eight bytes is the end of both texts. The walks meet the pivot itself,
+                           // too.
+                           return (item.prefix & 0xFF) == 0 || item.item == pivot.item
+                                      ? 0
+                                      : std::strcmp(textOf(*pivot.item).data + common + sizeof(item.prefix),
+                                                    textOf(*item.item).data + common + sizeof(item.prefix));
+                       });
     for (std::int32_t index = 0; index < itemCount; ++index) {
         entries[index] = scratch[static_cast<std::size_t>(index)].item;
     }
