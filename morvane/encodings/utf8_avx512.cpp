@@ -19,6 +19,7 @@ namespace morvane::utf8 {
 namespace {
 
 constexpr std::size_t blockBytes = 64;
+constexpr std::size_t pageBytes = 4096; // no page is smaller
 
 /// The lowest `count` bits; `count` is at most 64.
 MORVANE_AVX512 inline std::uint64_t lowBits(std::size_t count) noexcept {
@@ -82,12 +83,12 @@ MORVANE_AVX512 inline bool isAscii(char const * bytes) noexcept {
     return _mm512_movepi8_mask(_mm512_loadu_si512(bytes)) == 0;
 }
 
-/// The same for four blocks.
+/// The same for four blocks, of which no byte is zero either.
 MORVANE_AVX512 inline bool areAscii(char const * bytes) noexcept {
-    __m512i const front = _mm512_or_si512(_mm512_loadu_si512(bytes), _mm512_loadu_si512(bytes + blockBytes));
+    __m512i const front = _mm512_min_epi8(_mm512_loadu_si512(bytes), _mm512_loadu_si512(bytes + blockBytes));
     __m512i const back =
-        _mm512_or_si512(_mm512_loadu_si512(bytes + 2 * blockBytes), _mm512_loadu_si512(bytes + 3 * blockBytes));
-    return _mm512_movepi8_mask(_mm512_or_si512(front, back)) == 0;
+        _mm512_min_epi8(_mm512_loadu_si512(bytes + 2 * blockBytes), _mm512_loadu_si512(bytes + 3 * blockBytes));
+    return _mm512_cmple_epi8_mask(_mm512_min_epi8(front, back), _mm512_setzero_si512()) == 0;
 }
 
 MORVANE_AVX512 inline __m512i widened(__m256i bytes) noexcept {
@@ -104,6 +105,41 @@ MORVANE_AVX512 inline void storeUnits(unsigned short int * target, __m512i value
     _mm512_mask_storeu_epi16(target, static_cast<__mmask32>(lowBits(count)), value);
 }
 
+/// The ASCII bytes in front of the first other one or of the zero, and their widening where there is a target.
+template <bool hasTarget>
+MORVANE_AVX512 inline std::size_t passAscii(char const * source, unsigned short int * target) noexcept {
+    char const * at = source;
+    // Where the next page begins, the rest is left to others.
+    while (reinterpret_cast<std::uintptr_t>(at) % pageBytes <= pageBytes - blockBytes) {
+        __m512i const bytes = _mm512_loadu_si512(at);
+        // As signed numbers the zero and all that is not ASCII are below 1.
+        std::uint64_t const others = _mm512_cmple_epi8_mask(bytes, _mm512_setzero_si512());
+        if (others != 0) {
+            auto const count = static_cast<std::size_t>(std::countr_zero(others));
+            if constexpr (hasTarget) {
+                std::size_t const firstCount = std::min(count, blockBytes / 2);
+                storeUnits(target, widened(_mm512_castsi512_si256(bytes)), firstCount);
+                storeUnits(target + firstCount, widened(_mm512_extracti64x4_epi64(bytes, 1)), count - firstCount);
+            }
+            at += count;
+            break;
+        }
+        // From the next block on the loads are aligned.
+        std::size_t const passed = blockBytes - reinterpret_cast<std::uintptr_t>(at) % blockBytes;
+        if constexpr (hasTarget) {
+            widenBlock(at, target);
+            target += passed;
+        }
+        at += passed;
+        if constexpr (!hasTarget) {
+            while (reinterpret_cast<std::uintptr_t>(at) % (4 * blockBytes) == 0 && areAscii(at)) {
+                at += 4 * blockBytes;
+            }
+        }
+    }
+    return static_cast<std::size_t>(at - source);
+}
+
 /// The indices that put the bytes `first` to `first` + 31 of two registers side by side, as halves of units.
 MORVANE_AVX512 inline __m512i interleaving(short first) noexcept {
     __m512i const ascending = _mm512_set_epi16(31, 30, 29, 28, 27, 26, 25, 24, 23, 22, 21, 20, 19, 18, 17, 16, 15, 14,
@@ -113,6 +149,14 @@ MORVANE_AVX512 inline __m512i interleaving(short first) noexcept {
 }
 
 } // namespace
+
+MORVANE_AVX512 std::size_t countAsciiAvx512(char const * source) noexcept {
+    return passAscii<false>(source, nullptr);
+}
+
+MORVANE_AVX512 std::size_t widenAsciiAvx512(char const * source, unsigned short int * target) noexcept {
+    return passAscii<true>(source, target);
+}
 
 MORVANE_AVX512 void countRunAvx512(DataView source, Reading & reading) noexcept {
     char const * const start = source.data + reading.index;
@@ -196,18 +240,76 @@ namespace {
 
 constexpr std::size_t stepUnits = 32;
 
-/// True when 64 units are all below 0x80.
+/// 32 units, of which those from 0x01 to 0x7F come below 0x7F.
+MORVANE_AVX512 inline __m512i lowered(unsigned short int const * units) noexcept {
+    return _mm512_sub_epi16(_mm512_loadu_si512(units), _mm512_set1_epi16(1));
+}
+
+/// Those units that are zero or not ASCII.
+MORVANE_AVX512 inline __mmask32 othersIn(__m512i units) noexcept {
+    return _mm512_cmpge_epu16_mask(units, _mm512_set1_epi16(0x7F));
+}
+
+/// True when `steps` times 32 units are all ASCII and none of them is zero.
+template <std::size_t steps>
 MORVANE_AVX512 inline bool areAscii(unsigned short int const * units) noexcept {
-    __m512i const any = _mm512_or_si512(_mm512_loadu_si512(units), _mm512_loadu_si512(units + stepUnits));
-    return _mm512_test_epi16_mask(any, _mm512_set1_epi16(static_cast<short>(0xFF80))) == 0;
+    __m512i highest = lowered(units);
+    for (std::size_t step = 1; step < steps; ++step) {
+        highest = _mm512_max_epu16(highest, lowered(units + step * stepUnits));
+    }
+    return othersIn(highest) == 0;
+}
+
+MORVANE_AVX512 inline void narrowBlock(unsigned short int const * source, char * target) noexcept {
+    _mm256_storeu_si256(reinterpret_cast<__m256i *>(target), _mm512_cvtepi16_epi8(_mm512_loadu_si512(source)));
+}
+
+/// The ASCII units in front of the first other one or of the zero, and their narrowing where there is a target.
+template <bool hasTarget>
+MORVANE_AVX512 inline std::size_t passAscii(unsigned short int const * source, char * target) noexcept {
+    unsigned short int const * at = source;
+    while (reinterpret_cast<std::uintptr_t>(at) % pageBytes <= pageBytes - blockBytes) {
+        if (__mmask32 const others = othersIn(lowered(at))) {
+            auto const count = static_cast<unsigned>(std::countr_zero(others));
+            if constexpr (hasTarget) {
+                _mm256_mask_storeu_epi8(target, static_cast<__mmask32>(lowBits(count)),
+                                        _mm512_cvtepi16_epi8(_mm512_loadu_si512(at)));
+            }
+            at += count;
+            break;
+        }
+        // From the next block on the loads are aligned.
+        std::size_t const passed = stepUnits - reinterpret_cast<std::uintptr_t>(at) % blockBytes / sizeof *at;
+        if constexpr (hasTarget) {
+            narrowBlock(at, target);
+            target += passed;
+        }
+        at += passed;
+        while (reinterpret_cast<std::uintptr_t>(at) % (4 * blockBytes) == 0 && areAscii<4>(at)) {
+            for (std::size_t step = 0; hasTarget && step < 4; ++step) {
+                narrowBlock(at + step * stepUnits, target);
+                target += stepUnits;
+            }
+            at += 4 * stepUnits;
+        }
+    }
+    return static_cast<std::size_t>(at - source);
 }
 
 } // namespace
 
+MORVANE_AVX512 std::size_t countAsciiAvx512(unsigned short int const * source) noexcept {
+    return passAscii<false>(source, nullptr);
+}
+
+MORVANE_AVX512 std::size_t narrowAsciiAvx512(unsigned short int const * source, char * target) noexcept {
+    return passAscii<true>(source, target);
+}
+
 MORVANE_AVX512 std::size_t countBytesAvx512(WideView source) noexcept {
     std::size_t bytes = source.length;
     for (std::size_t index = 0; index < source.length; index += stepUnits) {
-        while (source.length - index >= 2 * stepUnits && areAscii(source.data + index)) {
+        while (source.length - index >= 2 * stepUnits && areAscii<2>(source.data + index)) {
             index += 2 * stepUnits;
         }
         auto const present = static_cast<__mmask32>(lowBits(std::min(source.length - index, stepUnits)));
@@ -228,12 +330,11 @@ MORVANE_AVX512 std::size_t encodeAvx512(WideView source, char * target) noexcept
         if (notAscii == 0) {
             _mm256_mask_storeu_epi8(end, present, _mm512_cvtepi16_epi8(units));
             end += count;
-            for (; source.length - index >= 3 * stepUnits && areAscii(source.data + index + stepUnits);
+            for (; source.length - index >= 3 * stepUnits && areAscii<2>(source.data + index + stepUnits);
                  index += 2 * stepUnits) {
                 auto const * const next = source.data + index + stepUnits;
-                auto * const halves = reinterpret_cast<__m256i *>(end);
-                _mm256_storeu_si256(halves, _mm512_cvtepi16_epi8(_mm512_loadu_si512(next)));
-                _mm256_storeu_si256(halves + 1, _mm512_cvtepi16_epi8(_mm512_loadu_si512(next + stepUnits)));
+                narrowBlock(next, end);
+                narrowBlock(next + stepUnits, end + stepUnits);
                 end += 2 * stepUnits;
             }
             continue;

@@ -5,6 +5,7 @@
 #include <morvane/core/literals.h>
 #include <morvane/encodings/utf8_kernels.h>
 #include <morvane/strings/text_storage.h>
+#include <morvane/strings/unit_block.h>
 
 namespace morvane::utf8 {
 
@@ -93,11 +94,30 @@ Reading read(Kernel kernel, DataView source, unsigned short int * target) noexce
     return reading;
 }
 
+/// True when a fast look at the ASCII that a zero-closed text begins with is worth its while: a text that does not
+/// begin with two such units is hardly made of them.
+template <typename Unit>
+bool beginsWithAscii([[maybe_unused]] Kernel kernel, [[maybe_unused]] Unit const * text) noexcept {
+#if MORVANE_HAS_KERNELS && MORVANE_READS_TO_PAGE_END
+    auto const isAscii = [](Unit unit) { return unit > 0 && static_cast<unsigned>(unit) < 0x80; };
+    return kernel == Kernel::avx512 && isAscii(text[0]) && isAscii(text[1])
+           && reinterpret_cast<std::uintptr_t>(text) % sizeof(Unit) == 0;
+#else
+    return false;
+#endif
+}
+
 template <bool hasTarget>
 Reading readClosed(Kernel kernel, char const * source, unsigned short int * target) noexcept {
     Reading reading;
-    std::size_t length = 0;
-    bool isEnd = false;
+#if MORVANE_HAS_KERNELS
+    if (beginsWithAscii(kernel, source)) {
+        reading.index = hasTarget ? widenAsciiAvx512(source, target) : countAsciiAvx512(source);
+        reading.units = reading.index;
+    }
+#endif
+    std::size_t length = reading.index;
+    bool isEnd = source[length] == 0;
     while (!isEnd && reading.fault == Fault::none) {
         std::size_t const more = unitLength(source + length, measuredStretch);
         length += more;
@@ -238,14 +258,23 @@ std::size_t encode(WideView source, char * target) noexcept {
 }
 
 std::size_t countBytes(unsigned short int const * source) noexcept {
-    return sumStretches(source,
-                        [kernel = bestKernel()](WideView part, std::size_t) { return countBytes(kernel, part); });
+    Kernel const kernel = bestKernel();
+    std::size_t ascii = 0;
+#if MORVANE_HAS_KERNELS
+    ascii = beginsWithAscii(kernel, source) ? countAsciiAvx512(source) : 0;
+#endif
+    return ascii + sumStretches(source + ascii, [=](WideView part, std::size_t) { return countBytes(kernel, part); });
 }
 
 std::size_t encode(unsigned short int const * source, char * target) noexcept {
-    return sumStretches(source, [kernel = bestKernel(), target](WideView part, std::size_t done) {
-        return encode(kernel, part, target + done);
-    });
+    Kernel const kernel = bestKernel();
+    std::size_t ascii = 0;
+#if MORVANE_HAS_KERNELS
+    ascii = beginsWithAscii(kernel, source) ? narrowAsciiAvx512(source, target) : 0;
+#endif
+    return ascii + sumStretches(source + ascii, [=](WideView part, std::size_t done) {
+               return encode(kernel, part, target + ascii + done);
+           });
 }
 
 void encodeTo(WideView source, _DataString & result) {

@@ -29,6 +29,13 @@ std::size_t encodeSsse3(WideView source, char * target) noexcept;
 
 void countRunAvx512(DataView source, Reading & reading) noexcept;
 void decodeRunAvx512(DataView source, unsigned short int * target, Reading & reading) noexcept;
+/// Pass the ASCII that a zero-closed text begins with, or some of it, and give its length. They may read on as far as
+/// the page of a unit goes, which stands at an address that its size divides.
+std::size_t countAsciiAvx512(char const * source) noexcept;
+std::size_t widenAsciiAvx512(char const * source, unsigned short int * target) noexcept;
+std::size_t countAsciiAvx512(unsigned short int const * source) noexcept;
+std::size_t narrowAsciiAvx512(unsigned short int const * source, char * target) noexcept;
+
 std::size_t countBytesAvx512(WideView source) noexcept;
 std::size_t encodeAvx512(WideView source, char * target) noexcept;
 
