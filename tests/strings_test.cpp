@@ -2,7 +2,6 @@
 #include "ordinary_allocator.h"
 #include "text_battery.h"
 
-#include <algorithm>
 #include <climits>
 #include <cstdint>
 #include <functional>
@@ -17,6 +16,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -207,141 +207,46 @@ TYPED_TEST(Text, CarriesInnerZerosAsTold) {
     EXPECT_FALSE(fromModel<TypeParam>(units<TypeParam>(std::string_view("1\0", 2))).isDecimalNumber());
 }
 
-/// A long run of random edits and questions, each held against the plain model.
-TYPED_TEST(Text, AgreesWithAPlainModel) {
+TYPED_TEST(Text, TakesPlacesInsideItAndPassesOverOthers) {
     using Unit = UnitOf<TypeParam>;
-    std::mt19937 random(20240229);
-    auto const pick = [&random](int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); };
-    auto const randomText = [&pick](int longest) {
-        Model<TypeParam> text;
-        for (int count = pick(0, longest); count > 0; --count) {
-            text += static_cast<Unit>(pick(0, 20) == 0 ? 0xE9 : "abAz"[pick(0, 3)]);
-        }
-        return text;
-    };
-    auto const fold = [](Model<TypeParam> text) {
-        for (Unit & unit : text) {
-            unit = static_cast<Unit>(unit >= 'A' && unit <= 'Z' ? unit + 32 : unit);
-        }
-        return text;
-    };
-    auto const index = [](std::size_t found) { return static_cast<std::int32_t>(found); };
-    // Inside the text mostly, and now and then just outside or as far as numbers go.
-    auto const pickNumber = [&](std::size_t length) {
-        std::int32_t const outside[] = {INT_MIN, -3, -1, index(length), index(length) + 1, INT_MAX};
-        return pick(0, 4) == 0 ? outside[pick(0, 5)] : pick(0, static_cast<int>(length));
-    };
-    // The units from `first` to one before `end` that the text has.
-    auto const part = [](Model<TypeParam> const & text, std::int64_t first, std::int64_t end) {
-        bool const isInside = first >= 0 && first < static_cast<std::int64_t>(text.size()) && end > first;
-        return isInside ? text.substr(static_cast<std::size_t>(first), static_cast<std::size_t>(end - first))
-                        : Model<TypeParam>();
-    };
-    auto const sign = [](int value) { return (value > 0) - (value < 0); };
-    // Unsigned order for bytes too.
-    auto const order = [](Model<TypeParam> const & a, Model<TypeParam> const & b) {
-        using Number = std::make_unsigned_t<Unit>;
-        auto const less = [](Unit x, Unit y) { return static_cast<Number>(x) < static_cast<Number>(y); };
-        bool const below = std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), less);
-        return below ? -1 : a == b ? 0 : 1;
-    };
-
-    TypeParam text;
-    text = Unit{'a'};
-    Model<TypeParam> model(1, Unit{'a'});
-    for (int step = 0; step < 20000; ++step) {
-        Model<TypeParam> piece = randomText(pick(0, 9) == 0 ? 40 : 3);
-        std::int32_t const size = index(model.size());
-        std::int32_t const start = pickNumber(model.size());
-        std::int32_t const count = pickNumber(12);
-        auto const unit = static_cast<Unit>("abAz"[pick(0, 3)]);
-        switch (pick(0, 9)) {
-        case 0:
-            text.add(piece.c_str());
-            model += piece;
-            break;
-        case 1:
-            EXPECT_EQ(text.insert(start, piece.c_str()), index(model.size() + piece.size()));
-            model.insert(static_cast<std::size_t>(std::clamp(start, 0, size)), piece);
-            break;
-        case 2: {
-            auto const first = static_cast<std::size_t>(std::clamp(start, 0, size));
-            auto const end = std::clamp<std::int64_t>(std::int64_t{start} + count, index(first), size);
-            model.erase(first, static_cast<std::size_t>(end) - first);
-            EXPECT_EQ(text.deleteArray(start, count), index(model.size()));
-            break;
-        }
-        case 3: {
-            EXPECT_EQ(text.remove(unit), index(static_cast<std::size_t>(std::count(model.begin(), model.end(), unit))));
-            std::erase(model, unit);
-            break;
-        }
-        case 4: {
-            Model<TypeParam> to = randomText(pick(0, 1) * 4);
-            int hits = 0;
-            for (std::size_t at = 0; !piece.empty() && (at = model.find(piece, at)) != model.npos; at += to.size()) {
-                model.replace(at, piece.size(), to);
-                ++hits;
-            }
-            EXPECT_EQ(to.empty() ? text.remove(piece.data()) : text.replace(piece.data(), to.data()), hits);
-            break;
-        }
-        case 5:
-            text.makeReverse();
-            std::reverse(model.begin(), model.end());
-            break;
-        case 6:
-            text.makeLower();
-            model = fold(model);
-            break;
-        case 7:
-            text.setAt(start, unit);
-            if (start >= 0 && start < size) {
-                model[static_cast<std::size_t>(start)] = unit;
-            }
-            break;
-        case 8:
-            text.replace(unit, Unit{'A'});
-            std::replace(model.begin(), model.end(), unit, Unit{'A'});
-            break;
-        default:
-            text.add(unit, count % 20);
-            model.append(static_cast<std::size_t>(std::max(count % 20, 0)), unit);
-            break;
-        }
-        ASSERT_EQ(modelOf(text), model) << step;
-        ASSERT_TRUE(text.get_data() == nullptr ? model.empty() : text.get_data()[model.size()] == 0) << step;
-
-        auto const from = static_cast<std::size_t>(std::max(start, 0));
-        bool const isInside = from < model.size();
-        EXPECT_EQ(text.find(unit, start), isInside ? index(model.find(unit, from)) : -1);
-        EXPECT_EQ(text.find(Unit{0}, start), isInside ? index(model.size()) : -1);
-        if (isInside && start >= 0) {
-            EXPECT_EQ(text.find(piece.c_str(), static_cast<std::uint32_t>(start)), index(model.find(piece, from)));
-        } else if (!piece.empty()) {
-            EXPECT_EQ(text.find(piece.c_str(), static_cast<std::uint32_t>(start)), -1);
-        }
-        EXPECT_EQ(text.getAt(start), isInside && start >= 0 ? model[from] : 0);
-        EXPECT_EQ(text.reverseFind(unit), index(model.rfind(unit)));
-        EXPECT_EQ(text.reverseFind(Unit{0}), index(model.size()));
-        EXPECT_EQ(text.findOneOf(piece.c_str()), index(model.find_first_of(piece)));
-        EXPECT_EQ(text.compare(piece.c_str()), order(model, piece));
-        EXPECT_EQ(text.compare(model.c_str()), 0);
-        EXPECT_EQ(sign(text.compareNoCase(piece.c_str())), order(fold(model), fold(piece)));
-        std::int64_t const length = index(model.size());
-        std::pair<TypeParam, Model<TypeParam>> const parts[] = {
-            {text.mid(start), part(model, start, length)},
-            {text.mid(start, count), part(model, start, std::int64_t{start} + count)},
-            {text.left(count), part(model, 0, count)},
-            {text.right(count), part(model, length - count, length)},
-            {text.extract(start, count), part(model, start, std::int64_t{count} + 1)}};
-        for (auto const & [taken, expected] : parts) {
-            ASSERT_NE(taken.get_data(), nullptr);
-            EXPECT_EQ(modelOf(taken), expected) << start << ' ' << count;
-        }
-        if (model.size() > 200 || pick(0, 99) == 0) {
-            text.empty();
-            model.clear();
+    auto const text = textOf<TypeParam>("abcabc");
+    std::pair<TypeParam, char const *> const parts[] = {{text.mid(2), "cabc"},     {text.mid(6), ""},
+                                                        {text.mid(-1), ""},        {text.mid(INT_MIN), ""},
+                                                        {text.mid(2, 2), "ca"},    {text.mid(5, INT_MAX), "c"},
+                                                        {text.mid(2, -1), ""},     {text.mid(-2, 4), ""},
+                                                        {text.left(2), "ab"},      {text.left(9), "abcabc"},
+                                                        {text.left(-1), ""},       {text.right(2), "bc"},
+                                                        {text.right(6), "abcabc"}, {text.right(7), ""},
+                                                        {text.right(-1), ""},      {text.extract(1, 3), "bca"},
+                                                        {text.extract(2, 2), "c"}, {text.extract(3, 2), ""},
+                                                        {text.extract(-1, 2), ""}, {text.extract(4, INT_MAX), "bc"}};
+    for (auto const & [part, expected] : parts) {
+        expectText(part, expected);
+    }
+    TypeParam edited(text);
+    for (std::int32_t const outside : {INT_MIN, -1, 6, INT_MAX}) {
+        edited.setAt(outside, Unit{'x'});
+        EXPECT_EQ(text.getAt(static_cast<std::uint32_t>(outside)), 0);
+        EXPECT_EQ(text.find(Unit{'c'}, outside), outside < 0 ? 2 : -1);
+        EXPECT_EQ(text.find(Unit{0}, outside), outside < 0 ? 6 : -1);
+    }
+    edited.setAt(5, Unit{'x'});
+    expectText(edited, "abcabx");
+    EXPECT_EQ(edited.replace(Unit{'b'}, Unit{'b'}), 2);
+    EXPECT_EQ(edited.replace(Unit{'b'}, Unit{'y'}), 2);
+    expectText(edited, "aycayx");
+    EXPECT_EQ(text.find(Unit{'c'}, 3), 5);
+    EXPECT_EQ(text.reverseFind(Unit{0}), 6);
+    std::tuple<char const *, char const *, int, int> const orders[] = {{"a", "b", -1, -1},  {"ab", "a", 1, 1},
+                                                                       {"\xE9", "z", 1, 1}, {"b", "A", 1, 1},
+                                                                       {"a", "B", 1, -1},   {"aZ", "Az", 1, 0}};
+    for (auto const & [left, right, order, orderNoCase] : orders) {
+        for (bool const isSwapped : {false, true}) {
+            auto const first = units<TypeParam>(isSwapped ? right : left);
+            auto const second = units<TypeParam>(isSwapped ? left : right);
+            EXPECT_EQ(fromModel<TypeParam>(first).compare(second.c_str()), isSwapped ? -order : order) << left;
+            auto const difference = fromModel<TypeParam>(first).compareNoCase(second.c_str());
+            EXPECT_EQ((difference > 0) - (difference < 0), isSwapped ? -orderNoCase : orderNoCase) << left;
         }
     }
 }
