@@ -16,7 +16,13 @@
 
 namespace {
 
-using counting_heap::LeakCheck;
+/// No test leaves a block behind in the heap.
+class Pairs : public testing::Test {
+private:
+    counting_heap::LeakCheck check;
+};
+using Dictionary = Pairs;
+using DictionaryItem = Pairs;
 
 constexpr auto byKey = _DictionaryItem::sortByKey;
 constexpr auto byValue = _DictionaryItem::sortByValue;
@@ -97,8 +103,7 @@ public:
     using _DictionaryItem::_DictionaryItem;
 };
 
-TEST(Dictionary, SortsToTheToldOrderEqualItemsIncluded) {
-    LeakCheck const check;
+TEST_F(Dictionary, SortsToTheToldOrderEqualItemsIncluded) {
     std::mt19937 random(2);
     Lines const starts{"",          "a",         "prefixab", "prefixa",
                        "prefixabc", "prefixabd", "\x80",     "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"};
@@ -137,15 +142,14 @@ TEST(Dictionary, SortsToTheToldOrderEqualItemsIncluded) {
     }
 }
 
-TEST(Dictionary, SortsManyItemsInWhateverOrderTheyCome) {
-    constexpr int count = 200000;
+TEST_F(Dictionary, SortsManyItemsInWhateverOrderTheyCome) {
     for (int order = 0; order < 3; ++order) {
         _MutableDictionary dictionary;
-        for (int index = 0; index < count; ++index) {
-            dictionary.add("key", std::to_string(order == 0 ? index : order == 1 ? count - index : 7).c_str());
+        for (int index = 0; index < 200000; ++index) {
+            dictionary.add("key", std::to_string(order == 0 ? index : order == 1 ? 200000 - index : 7).c_str());
         }
         ASSERT_TRUE(order == 2 ? dictionary.sort(valuesAscending) : dictionary.sortBy(byValue));
-        for (int index = 1; index < count; ++index) {
+        for (int index = 1; index < 200000; ++index) {
             ASSERT_LE(dictionary[index - 1]->compare(dictionary[index], byValue), 0);
         }
     }
@@ -169,8 +173,7 @@ TEST(QuickSort, HasRoomForEveryPartThatWaits) {
 
 std::int32_t callCount = 0;
 
-TEST(Dictionary, LosesNoItemToAProcedureThatContradictsItselfOrThrows) {
-    LeakCheck const check;
+TEST_F(Dictionary, LosesNoItemToAProcedureThatContradictsItselfOrThrows) {
     _MutableDictionary::CompareProcedure const procedures[] = {
         [](_DictionaryItem *, _DictionaryItem *) -> std::int32_t { return 1; },
         [](_DictionaryItem *, _DictionaryItem *) -> std::int32_t { return -1; },
@@ -202,8 +205,7 @@ TEST(Dictionary, LosesNoItemToAProcedureThatContradictsItselfOrThrows) {
     }
 }
 
-TEST(Dictionary, SortsNullEntriesBehindTheItems) {
-    LeakCheck const check;
+TEST_F(Dictionary, SortsNullEntriesBehindTheItems) {
     _MutableDictionary dictionary;
     fill(dictionary, {"c=1", "x=2", "a=3", "b=4"});
     std::unique_ptr<_DictionaryItem> const removed(dictionary[1]);
@@ -217,8 +219,7 @@ TEST(Dictionary, SortsNullEntriesBehindTheItems) {
     EXPECT_FALSE(dictionary.sortBy(byNothing));
 }
 
-TEST(Dictionary, FindsTheFirstItem) {
-    LeakCheck const check;
+TEST_F(Dictionary, FindsTheFirstItem) {
     _MutableDictionary dictionary;
     fill(dictionary,
          {"gone=gone", "key=one", "Key=two", "key=three", "no sign", "=empty key", "-1=key", "a longer key=1"});
@@ -257,8 +258,7 @@ TEST(Dictionary, FindsTheFirstItem) {
     EXPECT_EQ(bytesOf(_MutableDictionary().valueOf("key")), "-1");
 }
 
-TEST(Dictionary, ComparesASecondTextWithTheValueFoundFirst) {
-    LeakCheck const check;
+TEST_F(Dictionary, ComparesASecondTextWithTheValueFoundFirst) {
     _MutableDictionary dictionary;
     fill(dictionary, {"key=one", "key=two"});
     EXPECT_TRUE(dictionary.exists("key", "one") && dictionary.contains("key", noText)
@@ -268,8 +268,7 @@ TEST(Dictionary, ComparesASecondTextWithTheValueFoundFirst) {
                  || dictionary.exists("KEY", "one") || dictionary.existsNoCase("KEY", "two"));
 }
 
-TEST(Dictionary, AddsPairsOfEveryForm) {
-    LeakCheck const check;
+TEST_F(Dictionary, AddsPairsOfEveryForm) {
     _MutableDictionary other;
     fill(other, {"a=1", "b=2=3"});
     _MutableDictionary dictionary;
@@ -294,8 +293,7 @@ TEST(Dictionary, AddsPairsOfEveryForm) {
     EXPECT_EQ(linesOf(_MutableDictionary(&dictionary)), Lines{});
 }
 
-TEST(Dictionary, TakesItselfAsItStandsAtTheCall) {
-    LeakCheck const check;
+TEST_F(Dictionary, TakesItselfAsItStandsAtTheCall) {
     _MutableDictionary dictionary;
     fill(dictionary, {"a=1", "b=2"});
     EXPECT_EQ(dictionary.copy(&dictionary), 2);
@@ -308,8 +306,7 @@ TEST(Dictionary, TakesItselfAsItStandsAtTheCall) {
     EXPECT_TRUE(dictionary.sort(nullptr) && dictionary.permute(0, 7));
 }
 
-TEST(Dictionary, SharesItsItemsWithCopies) {
-    LeakCheck const check;
+TEST_F(Dictionary, SharesItsItemsWithCopies) {
     auto first = std::make_unique<_MutableDictionary>();
     fill(*first, {"d=1", "c=2", "b=3", "a=4"});
     _MutableDictionary second(*first);
@@ -328,8 +325,7 @@ TEST(Dictionary, SharesItsItemsWithCopies) {
     second.add("f=6");
 }
 
-TEST(Dictionary, EditsEntries) {
-    LeakCheck const check;
+TEST_F(Dictionary, EditsEntries) {
     _MutableDictionary dictionary;
     fill(dictionary, {"a=1", "b=2", "c=3"});
     EXPECT_TRUE(dictionary.permute(0, 2) && dictionary.permute(1, 1));
@@ -355,8 +351,7 @@ TEST(Dictionary, EditsEntries) {
     EXPECT_NE(dictionary.toString().get_data(), nullptr);
 }
 
-TEST(Dictionary, EqualsInOrder) {
-    LeakCheck const check;
+TEST_F(Dictionary, EqualsInOrder) {
     RecordingStream stream("some bytes");
     _MutableDictionary left(stream);
     EXPECT_TRUE(left.loadFromStream(stream) && left.saveToStream(stream));
@@ -375,8 +370,7 @@ TEST(Dictionary, EqualsInOrder) {
     EXPECT_FALSE(left.equals(&left));
 }
 
-TEST(DictionaryItem, CutsATextAtItsFirstSign) {
-    LeakCheck const check;
+TEST_F(DictionaryItem, CutsATextAtItsFirstSign) {
     for (auto const & [text, line] : std::vector<std::pair<char const *, std::string>>{
              {"a=b", "a=b"}, {"a=b=c", "a=b=c"}, {"=b", "=b"}, {"a=", "a="}, {"ab", "="}, {noText, "="}}) {
         EXPECT_EQ(lineOf(std::make_unique<_DictionaryItem>(text).get()), line);
@@ -397,8 +391,7 @@ TEST(DictionaryItem, CutsATextAtItsFirstSign) {
     EXPECT_EQ(lineOf(std::make_unique<_DictionaryItem>(static_cast<_DictionaryItem *>(nullptr)).get()), "=");
 }
 
-TEST(DictionaryItem, Compares) {
-    LeakCheck const check;
+TEST_F(DictionaryItem, Compares) {
     _DictionaryItem never;
     _DictionaryItem empty("", "");
     _DictionaryItem item("a", "b");
@@ -414,8 +407,7 @@ TEST(DictionaryItem, Compares) {
     EXPECT_EQ(bytesOf(never.toString()), "=");
 }
 
-TEST(DictionaryItem, PassesThroughAStream) {
-    LeakCheck const check;
+TEST_F(DictionaryItem, PassesThroughAStream) {
     for (auto const & [text, bytes] : std::vector<std::pair<char const *, std::string>>{
              {"a=bc", std::string("\1\0\0\0a\2\0\0\0bc", 11)}, {noText, std::string(8, '\0')}}) {
         RecordingStream stream;
@@ -437,8 +429,7 @@ TEST(DictionaryItem, PassesThroughAStream) {
 }
 
 // A zero inside a text ends it for comparison and for what is put together.
-TEST(DictionaryItem, SeesATextUpToItsFirstZero) {
-    LeakCheck const check;
+TEST_F(DictionaryItem, SeesATextUpToItsFirstZero) {
     RecordingStream stream(std::string("\3\0\0\0a\0b\1\0\0\0c", 12));
     _MutableDictionary dictionary;
     dictionary.add(new _DictionaryItem(stream));
