@@ -209,6 +209,7 @@ TYPED_TEST(Text, CarriesInnerZerosAsTold) {
 
 TYPED_TEST(Text, TakesPlacesInsideItAndPassesOverOthers) {
     using Unit = UnitOf<TypeParam>;
+    using Place = std::conditional_t<std::is_same_v<TypeParam, _WideString>, std::int32_t, std::uint32_t>;
     auto const text = textOf<TypeParam>("abcabc");
     std::pair<TypeParam, char const *> const parts[] = {{text.mid(2), "cabc"},     {text.mid(6), ""},
                                                         {text.mid(-1), ""},        {text.mid(INT_MIN), ""},
@@ -226,7 +227,7 @@ TYPED_TEST(Text, TakesPlacesInsideItAndPassesOverOthers) {
     TypeParam edited(text);
     for (std::int32_t const outside : {INT_MIN, -1, 6, INT_MAX}) {
         edited.setAt(outside, Unit{'x'});
-        EXPECT_EQ(text.getAt(static_cast<std::uint32_t>(outside)), 0);
+        EXPECT_EQ(text.getAt(static_cast<Place>(outside)), 0);
         EXPECT_EQ(text.find(Unit{'c'}, outside), outside < 0 ? 2 : -1);
         EXPECT_EQ(text.find(Unit{0}, outside), outside < 0 ? 6 : -1);
     }
