@@ -136,7 +136,7 @@ TEST(CodePages, ConvertUnitByUnit) {
             }
             SCOPED_TRACE(std::to_string(part) + ' ' + std::to_string(static_cast<int>(kernel)));
             std::string encoded(all.size(), '#');
-            encode(kernel, page, {all.data(), all.size()}, encoded.data());
+            encode(page, {all.data(), all.size()}, encoded.data());
             ASSERT_EQ(encoded, expectedByte);
             for (std::size_t length = 0; length <= 200; ++length) {
                 std::string const source = bytes.substr(length * 3, length);
@@ -146,7 +146,7 @@ TEST(CodePages, ConvertUnitByUnit) {
                 decode(kernel, page, {source.data(), length}, target.get());
                 ASSERT_EQ(Units(target.get(), target.get() + length), expected);
                 std::unique_ptr<char[]> const back(new char[length]);
-                encode(kernel, page, {target.get(), length}, back.get());
+                encode(page, {target.get(), length}, back.get());
                 for (std::size_t index = 0; index < length; ++index) {
                     ASSERT_EQ(back[index], expectedByte[expected[index]]) << length;
                 }

@@ -17,12 +17,6 @@ struct CodePageEntry {
     unsigned short int defined; ///< 1 for a graphic character, 0 for a control or an undefined position
 };
 
-/// The bytes of the 256 units that share a high byte; "?" for those that a page has not.
-struct CodePagePlane {
-    alignas(64) unsigned char bytes[256];
-    char highByte;
-};
-
 /// One code page: constant data.
 struct CodePage {
     unsigned short int const * name; ///< 15 units padded with blanks, and a closing zero
@@ -32,11 +26,11 @@ struct CodePage {
     /// The low and the high halves of what the upper 128 bytes decode to, at addresses that 64 divides.
     unsigned char const * upperLow;
     unsigned char const * upperHigh;
+    unsigned short int const * search; ///< 96: what bytes 0xA0 to 0xFF are the first to stand for; 0 where they are not
+    /// For each of these 96 the first and last index of the stretch around it in which the units ascend one by one.
+    unsigned char const * stretchFirst;
+    unsigned char const * stretchLast;
     bool isIdentity; ///< every byte stands for its own value
-    /// The planes that the page has units of, and behind them one that it has none of.
-    CodePagePlane const * planes;
-    std::size_t planeCount;
-    unsigned char const * planeOf; ///< 256: the index of the plane of a high byte
 };
 
 /// The code page of a text format (16 to 24 and 30); null for every other value.

@@ -25,15 +25,6 @@ struct alignas(64) Places {
     unsigned char from[64];
 };
 
-/// The low and the high byte of each of 64 units.
-consteval Places makeParting(unsigned first) {
-    Places places{};
-    for (unsigned index = 0; index < 64; ++index) {
-        places.from[index] = static_cast<unsigned char>(first + 2 * index);
-    }
-    return places;
-}
-
 /// The bytes `first` to `first` + 31 of the one register as low halves of units, those of the other as high ones.
 consteval Places makeJoining(unsigned first) {
     Places places{};
@@ -43,8 +34,6 @@ consteval Places makeJoining(unsigned first) {
     return places;
 }
 
-constexpr Places lowBytes = makeParting(0);
-constexpr Places highBytes = makeParting(1);
 constexpr Places frontUnits = makeJoining(0);
 constexpr Places backUnits = makeJoining(halfStep);
 
@@ -75,27 +64,6 @@ MORVANE_AVX512 void decodeAvx512(CodePage const & page, DataView text, unsigned 
         unsigned short int * const units = target + index;
         _mm512_mask_storeu_epi16(units, halfMask(count, 0), place(low, frontUnits, high));
         _mm512_mask_storeu_epi16(units + halfStep, halfMask(count, halfStep), place(low, backUnits, high));
-    }
-}
-
-MORVANE_AVX512 void encodeAvx512(CodePage const & page, WideView text, char * target) noexcept {
-    for (std::size_t index = 0; index < text.length; index += stepUnits) {
-        std::size_t const count = std::min(text.length - index, stepUnits);
-        unsigned short int const * const units = text.data + index;
-        __m512i const front = _mm512_maskz_loadu_epi16(halfMask(count, 0), units);
-        __m512i const back = _mm512_maskz_loadu_epi16(halfMask(count, halfStep), units + halfStep);
-        __m512i const low = place(front, lowBytes, back);
-        __m512i const high = place(front, highBytes, back);
-        __mmask64 const isUpper = _mm512_movepi8_mask(low);
-        __m512i bytes = _mm512_set1_epi8('?');
-        for (std::size_t plane = 0; plane < page.planeCount; ++plane) {
-            unsigned char const * const table = page.planes[plane].bytes;
-            __mmask64 const isHere = _mm512_cmpeq_epi8_mask(high, _mm512_set1_epi8(page.planes[plane].highByte));
-            bytes = _mm512_mask_mov_epi8(bytes, isHere & ~isUpper, lookUp(table, low));
-            bytes = _mm512_mask_mov_epi8(bytes, isHere & isUpper, lookUp(table + 128, low));
-        }
-        __mmask64 const present = _bzhi_u64(~std::uint64_t{0}, static_cast<unsigned>(count));
-        _mm512_mask_storeu_epi8(target + index, present, bytes);
     }
 }
 

@@ -7,14 +7,12 @@
 
 namespace morvane {
 
-/// The functions of code_page.h by a kernel that is available.
+/// `decode` of code_page.h by a kernel that is available.
 void decode(Kernel kernel, CodePage const & page, DataView text, unsigned short int * target) noexcept;
-void encode(Kernel kernel, CodePage const & page, WideView text, char * target) noexcept;
 
 #if MORVANE_HAS_KERNELS
 
 void decodeAvx512(CodePage const & page, DataView text, unsigned short int * target) noexcept;
-void encodeAvx512(CodePage const & page, WideView text, char * target) noexcept;
 
 #endif
 

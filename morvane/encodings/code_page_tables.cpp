@@ -13,8 +13,6 @@ constexpr std::size_t byteValues = 256;
 constexpr std::size_t firstUpper = 0xA0;
 constexpr std::size_t upperBytes = byteValues - firstUpper;
 
-constexpr std::size_t mostPlanes = 4;
-
 /// A code page as it stands in memory: the published record, and behind it what makes the conversions fast.
 template <std::size_t Entries>
 struct CodePageRecord {
@@ -23,32 +21,32 @@ struct CodePageRecord {
     unsigned short int units[byteValues]{};
     alignas(64) unsigned char upperLow[byteValues / 2]{};
     alignas(64) unsigned char upperHigh[byteValues / 2]{};
-    CodePagePlane planes[mostPlanes + 1]{};
-    unsigned char planeOf[byteValues]{};
-    std::size_t planeCount = 0;
+    unsigned short int search[upperBytes]{};
+    unsigned char stretchFirst[upperBytes]{};
+    unsigned char stretchLast[upperBytes]{};
     bool isIdentity = true;
 };
 
-/// Fills what encodes the entries that stand there: of those with one unit the first.
+/// Fills what the search for a unit goes through: of the bytes with one unit the first alone.
 template <std::size_t Entries>
-consteval void fillPlanes(CodePageRecord<Entries> & record) {
-    constexpr unsigned char none = mostPlanes;
-    std::fill_n(record.planeOf, byteValues, none);
-    for (CodePagePlane & plane : record.planes) {
-        std::fill_n(plane.bytes, byteValues, static_cast<unsigned char>('?'));
-    }
-    for (CodePageEntry const & entry : record.entries) {
-        unsigned char & index = record.planeOf[entry.unicode >> 8];
-        if (index == none) {
-            // A page of too many planes fails the compilation here.
-            index = static_cast<unsigned char>(record.planeCount++);
-            record.planes[index].highByte = static_cast<char>(entry.unicode >> 8);
+consteval void fillSearch(CodePageRecord<Entries> & record) {
+    for (std::size_t entry = 0; entry < Entries; ++entry) {
+        CodePageEntry const & own = record.entries[entry];
+        bool isFirst = own.code >= firstUpper;
+        for (std::size_t before = 0; before < entry; ++before) {
+            isFirst = isFirst && record.entries[before].unicode != own.unicode;
         }
-        unsigned char & byte = record.planes[index].bytes[entry.unicode & 0xFF];
-        byte = byte == '?' ? static_cast<unsigned char>(entry.code) : byte;
+        if (isFirst) {
+            record.search[own.code - firstUpper] = own.unicode;
+        }
     }
-    if (record.planeCount > mostPlanes) {
-        throw record.planeCount;
+    for (std::size_t first = 0, last = 0; first < upperBytes; first = ++last) {
+        while (last + 1 < upperBytes && record.search[last] != 0
+               && record.search[last + 1] == record.search[last] + 1) {
+            ++last;
+        }
+        std::fill_n(record.stretchFirst + first, last - first + 1, static_cast<unsigned char>(first));
+        std::fill_n(record.stretchLast + first, last - first + 1, static_cast<unsigned char>(last));
     }
 }
 
@@ -79,7 +77,7 @@ consteval CodePageRecord<Entries> makeRecord(char16_t const (&name)[nameUnits],
     if (entry != Entries) {
         throw entry;
     }
-    fillPlanes(record);
+    fillSearch(record);
     return record;
 }
 
@@ -170,8 +168,9 @@ constexpr auto latin9 = makeRecord<256>(u"ISO-8859-15    ",
 
 template <std::size_t Entries>
 constexpr CodePage pageOf(CodePageRecord<Entries> const & record) {
-    return {record.name,      record.entries,    Entries,       record.units,      record.upperLow,
-            record.upperHigh, record.isIdentity, record.planes, record.planeCount, record.planeOf};
+    return {record.name,        record.entries,   Entries,       record.units,
+            record.upperLow,    record.upperHigh, record.search, record.stretchFirst,
+            record.stretchLast, record.isIdentity};
 }
 
 constexpr std::int32_t firstFormat = 16;
