@@ -36,7 +36,7 @@ void edit(FuzzInput input) {
         return made;
     };
     while (!input.isEmpty() && told.size() < 2000) {
-        std::size_t const kind = input.below(7);
+        std::size_t const kind = input.below(9);
         Unit const one = unit();
         Model some = piece(kind == 4 ? 3 : 40);
         Model to = piece(5);
@@ -75,6 +75,16 @@ void edit(FuzzInput input) {
             std::reverse(told.begin(), told.end());
             told = lower(told);
             break;
+        case 6:
+            text.setAt(start, one);
+            if (start >= 0 && first < told.size()) {
+                told[first] = one;
+            }
+            break;
+        case 7:
+            expect(text.replace(one, Unit{'A'}) == std::count(told.begin(), told.end(), one));
+            std::replace(told.begin(), told.end(), one, Unit{'A'});
+            break;
         default:
             text.add(one, count % 20);
             told.append(static_cast<std::size_t>(std::max(count % 20, 0)), one);
@@ -87,10 +97,15 @@ void edit(FuzzInput input) {
         expect(!isInside || text.find(some.c_str(), from) == index(told.find(some, first)));
         expect(text.reverseFind(one) == index(told.rfind(one)));
         expect(text.findOneOf(some.c_str()) == index(told.find_first_of(some)));
+        std::int32_t const length = index(told.size());
+        expect(model(text.mid(start)) == part(start, length));
         expect(model(text.mid(start, count)) == part(start, std::int64_t{start} + count));
-        expect(model(text.right(count)) == part(std::int64_t{index(told.size())} - count, index(told.size())));
-        expect((text.compare(some.c_str()) == 0) == (told == some) && text.compare(told.c_str()) == 0);
-        expect((text.compareNoCase(some.c_str()) == 0) == (lower(told) == lower(some)));
+        expect(model(text.left(count)) == part(0, count));
+        expect(model(text.right(count)) == part(std::int64_t{length} - count, length));
+        expect(model(text.extract(start, count)) == part(start, std::int64_t{count} + 1));
+        auto const sign = [](int order) { return (order > 0) - (order < 0); };
+        expect(text.compare(some.c_str()) == sign(told.compare(some)) && text.compare(told.c_str()) == 0);
+        expect(sign(text.compareNoCase(some.c_str())) == sign(lower(told).compare(lower(some))));
     }
 }
 
