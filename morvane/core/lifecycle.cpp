@@ -1,5 +1,6 @@
 #include <morvane/core/lifecycle.h>
 
+#include <morvane/core/checks.h>
 #include <morvane/core/literals.h>
 #include <morvane/core/memory.h>
 #include <morvane/core/memory_manager.h>
@@ -18,6 +19,7 @@ namespace morvane {
 namespace {
 
 void startUp() {
+    libraryIsDown = false;
     globalProcessMemory = new (std::nothrow) _Memory;
     globalMemoryManager = new (std::nothrow) _MemoryManager(262144);
     _SystemUtility::outputDebugString(u"Init Quorlis Morvane Library...\r\n"_w);
@@ -43,6 +45,7 @@ struct LastOfAll {
     ~LastOfAll() {
         delete globalMemoryManager;
         delete globalProcessMemory;
+        libraryIsDown = true;
     }
 
     LastOfAll & operator=(LastOfAll const &) = delete;

@@ -1,5 +1,6 @@
 #include <morvane/core/memory.h>
 
+#include <morvane/core/checks.h>
 #include <morvane/core/heap_batch.h>
 #include <morvane/core/lifecycle.h>
 #include <morvane/platform/process_heap.h>
@@ -34,11 +35,13 @@ _Memory & _Memory::operator=(_Memory const & other) {
 }
 
 void * _Memory::heapAllocate(std::uint32_t size, bool zeroFill) {
+    morvane::checkLibraryIsUp();
     count(&Share::allocationCount, 1);
     return morvane::platform::heapAllocate(size, zeroFill);
 }
 
 void _Memory::heapUnallocate(void * pointer) {
+    morvane::checkLibraryIsUp();
     count(&Share::unallocationCount, 1);
     morvane::platform::heapFree(pointer);
 }

@@ -81,6 +81,9 @@ void _MemoryBlock::unallocatePart(_MemoryPart * part) {
 }
 
 void _MemoryBlock::dropNode(_MemoryNode * node) {
+    if constexpr (morvane::isChecked) {
+        morvane::NodeUnits{node, geometry(), unitSize, unitCount}.checkHeaders();
+    }
     remove(node);
     destroyNode(node);
 }
@@ -207,6 +210,9 @@ void _MemoryBlock::freeChain() {
     chain->setFirst(nullptr);
     while (node != nullptr) {
         _MemoryNode * const next = node->next;
+        if constexpr (morvane::isChecked) {
+            morvane::NodeUnits{node, geometry(), unitSize, unitCount}.checkHeaders();
+        }
         destroyNode(node);
         node = next;
     }

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <morvane/core/checks.h>
 #include <morvane/core/memory_block.h>
 #include <morvane/core/memory_chain.h>
 #include <morvane/platform/critical_section_guard.h>
@@ -63,6 +64,11 @@ inline void * _MemoryBlock::takeUnit(_MemoryNode * node, bool zeroFill) {
 }
 
 inline void _MemoryBlock::giveUnitBack(_MemoryPart * part, _MemoryNode * node) {
+    if constexpr (morvane::isChecked) {
+        if (node != nullptr && part != nullptr) {
+            morvane::NodeUnits{node, geometry(), unitSize, unitCount}.checkRelease(part);
+        }
+    }
     if (node == nullptr || part == nullptr || node->freeCount >= unitCount) [[unlikely]] {
         return;
     }
@@ -84,6 +90,12 @@ inline void _MemoryBlock::giveUnitBack(_MemoryPart * part, _MemoryNode * node) {
 
 inline void _MemoryBlock::takeBack(_MemoryPart * part, _MemoryNode * node) {
     if (node == nullptr) [[unlikely]] {
+        if constexpr (morvane::isChecked) {
+            if (memoryPartToPointer(part) != nullptr) {
+                using namespace morvane::literals;
+                morvane::stopForMisuse(u"misuse: a pointer was released to a pool that does not hold it\r\n"_w);
+            }
+        }
         return;
     }
     giveUnitBack(part, node);

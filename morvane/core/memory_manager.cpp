@@ -91,6 +91,9 @@ void _MemoryManager::fastUnallocate(void * pointer) {
         }
     } else if (unitSize == heapMark) {
         memoryAllocator.heapUnallocate(part);
+    } else if constexpr (morvane::isChecked) {
+        using namespace morvane::literals;
+        morvane::stopForMisuse(u"misuse: a pointer was released that no pool has given out\r\n"_w);
     }
 }
 
