@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <morvane/core/checks.h>
 #include <morvane/core/lifecycle.h>
 #include <morvane/core/memory.h>
 #include <morvane/core/memory_manager.h>
@@ -44,6 +45,7 @@ protected:
         morvane::platform::setDebugListener(listener);
         globalProcessMemory = memory;
         globalMemoryManager = manager;
+        morvane::libraryIsDown = false;
     }
 
 private:

@@ -1,5 +1,6 @@
 #include "counting_heap.h"
 #include "ordinary_allocator.h"
+#include "pool_model.h"
 
 #include <algorithm>
 #include <atomic>
@@ -16,7 +17,6 @@
 #include <random>
 #include <string>
 #include <thread>
-#include <tuple>
 #include <vector>
 
 namespace {
@@ -197,116 +197,78 @@ TEST_F(Pool, GivesNullWhereNoNodeCanBe) {
     }
 }
 
-/// The pool as it is told: a walk along the chain for everything.
-struct PlainPool {
-    /// Where the next unit comes from: the place of the node in the chain, and the unit; a place behind the end is a
-    /// new node.
-    std::pair<std::size_t, std::uint16_t> allocate() {
-        auto const found = std::find_if(chain.begin(), chain.end(), [](auto & any) { return !any.stack.empty(); });
-        auto const place = static_cast<std::size_t>(found - chain.begin());
-        if (found == chain.end()) {
-            add(place);
-        }
-        std::uint16_t const unit = chain[place].stack.back();
-        chain[place].stack.pop_back();
-        return {place, unit};
-    }
-
-    void add(std::size_t place) {
-        auto const added = chain.insert(chain.begin() + static_cast<std::ptrdiff_t>(place), {nullptr, {}});
-        for (std::uint16_t unit = unitCount; unit != 0;) {
-            added->stack.push_back(--unit);
-        }
-    }
-
-    void unallocate(Node const * node, std::uint16_t unit) {
-        auto const found = std::find_if(chain.begin(), chain.end(), [node](auto & any) { return any.node == node; });
-        found->stack.push_back(unit);
-        if (found->stack.size() == unitCount && found != chain.begin()) {
-            chain.erase(found);
-        }
-    }
-
-    struct PlainNode {
-        Node * node;
-        std::vector<std::uint16_t> stack;
-    };
-    std::uint16_t unitCount;
-    std::vector<PlainNode> chain{};
-};
-
-void expectSame(OpenBlock & block, PlainPool & plain) {
+void expectSame(OpenBlock const & block, PlainPool const & plain) {
     std::vector<Node *> const nodes = block.nodes();
     ASSERT_EQ(nodes.size(), plain.chain.size());
     for (std::size_t place = 0; place < nodes.size(); ++place) {
-        PlainPool::PlainNode & expected = plain.chain[place];
-        expected.node = expected.node == nullptr ? nodes[place] : expected.node;
+        PlainPool::PlainNode const & expected = plain.chain[place];
         ASSERT_EQ(nodes[place], expected.node);
         ASSERT_EQ(nodes[place]->freeCount, expected.stack.size());
         ASSERT_EQ(std::memcmp(block.getStack(nodes[place]), expected.stack.data(), expected.stack.size() * 2), 0);
     }
 }
 
+/// What a derived class does to the chain now and then.
+void meddle(OpenBlock & block, PlainPool & plain, unsigned long dice, std::size_t place) {
+    auto & chain = plain.chain;
+    if (dice == 0 && !chain.empty()) {
+        // It puts a node of its own somewhere behind the first.
+        Node * const node = block.createFreeNode();
+        block.insertAfter(chain[place % chain.size()].node, node);
+        plain.add(place % chain.size() + 1).node = node;
+    } else if (dice == 1 && chain.size() > 1) {
+        // It takes one away and puts it back at the end.
+        auto const taken = chain.begin() + static_cast<std::ptrdiff_t>(1 + place % (chain.size() - 1));
+        Node * const node = taken->node;
+        block.remove(node);
+        std::rotate(taken, taken + 1, chain.end());
+        node->next = nullptr;
+        block.insert(node);
+    } else if (dice == 2 && chain.size() > 1) {
+        // It lets the chain begin with its second node, the first one behind that.
+        Node * const second = chain[1].node;
+        chain[0].node->next = second->next;
+        second->next = chain[0].node;
+        block.set_first(second);
+        std::swap(chain[0], chain[1]);
+    }
+}
+
 TEST_F(Pool, WorksAsAWalkAlongItsChainWould) {
-    for (std::uint16_t const units : std::initializer_list<std::uint16_t>{1, 2, 7}) {
-        for (unsigned const most : {30U, 400U}) {
-            std::mt19937 random(units + most);
-            OpenBlock block(12, units);
-            PlainPool plain{units};
-            std::vector<std::tuple<char *, Node *, std::uint16_t>> live;
-            for (int step = 0; step < 6000; ++step) {
-                bool const grows = step / 1000 % 2 == 0;
-                auto const dice = random() % 100;
-                if (dice == 0 && !plain.chain.empty()) {
-                    // A derived class puts a node of its own somewhere behind the first.
-                    std::size_t const place = random() % plain.chain.size();
-                    block.insertAfter(plain.chain[place].node, block.createFreeNode());
-                    plain.add(place + 1);
-                } else if (dice == 1) {
-                    // It takes one away that has no unit in use, and puts it back at the end.
-                    auto const empty = std::find_if(plain.chain.begin(), plain.chain.end(), [&](auto const & node) {
-                        return node.stack.size() == units && node.node != plain.chain.front().node;
-                    });
-                    if (empty != plain.chain.end()) {
-                        Node * const node = empty->node;
-                        block.remove(node);
-                        std::rotate(empty, empty + 1, plain.chain.end());
-                        node->next = nullptr;
-                        block.insert(node);
-                    }
-                } else if (dice == 2 && plain.chain.size() > 1) {
-                    // It lets the chain begin with its second node, the first one behind that.
-                    Node * const first = plain.chain[0].node;
-                    Node * const second = plain.chain[1].node;
-                    first->next = second->next;
-                    second->next = first;
-                    block.set_first(second);
-                    std::swap(plain.chain[0], plain.chain[1]);
-                } else if (!live.empty() && (live.size() > most || dice < (grows ? 30 : 70))) {
-                    std::swap(live[random() % live.size()], live.back());
-                    auto const [pointer, node, index] = live.back();
-                    block.unallocate(pointer);
-                    plain.unallocate(node, index);
-                    live.pop_back();
-                } else {
-                    auto * const pointer = static_cast<char *>(block.allocate(true));
-                    auto const [place, index] = plain.allocate();
-                    std::vector<Node *> const nodes = block.nodes();
-                    ASSERT_LT(place, nodes.size());
-                    ASSERT_EQ(pointer, reinterpret_cast<char *>(nodes[place]) + 24 + index * 20);
-                    live.emplace_back(pointer, nodes[place], index);
-                }
-                expectSame(block, plain);
-                if (HasFatalFailure()) {
-                    return;
-                }
-                if (!plain.chain.empty()) {
-                    std::size_t const place = random() % plain.chain.size();
-                    ASSERT_EQ(block.getPreviousNode(plain.chain[place].node),
-                              place != 0 ? plain.chain[place - 1].node : nullptr);
-                    ASSERT_EQ(block.getLastNode(), plain.chain.back().node);
-                }
+    for (auto const & [units, most] : {std::pair{1, 400}, {2, 30}, {2, 400}, {7, 400}}) {
+        std::mt19937 random(7);
+        OpenBlock block(16, static_cast<std::uint16_t>(units));
+        _MemoryManager manager(16 * static_cast<std::uint32_t>(units));
+        PlainPool plain{static_cast<std::uint16_t>(units)};
+        PlainPool managed = plain;
+        // Places and numbers of units; the manager, whose nodes can't be seen, gets the same calls.
+        std::vector<std::pair<char *, char *>> live;
+        for (int step = 0; step < 6000; ++step) {
+            auto const dice = random() % 100;
+            meddle(block, plain, dice, random());
+            if (!live.empty() && (live.size() > static_cast<unsigned>(most) || dice < (step / 1000 % 2 ? 70 : 30))) {
+                std::swap(live[random() % live.size()], live.back());
+                auto const [unit, managedUnit] = live.back();
+                live.pop_back();
+                plain.unallocate(unit);
+                block.unallocate(unit);
+                managed.unallocate(managedUnit);
+                manager.fastUnallocate(managedUnit);
+            } else {
+                live.emplace_back(static_cast<char *>(block.allocate(true)),
+                                  static_cast<char *>(manager.fastAllocate(16, true)));
+                ASSERT_TRUE(plain.allocates(live.back().first));
+                ASSERT_TRUE(managed.allocates(live.back().second));
             }
+            expectSame(block, plain);
+            if (HasFatalFailure()) {
+                return;
+            }
+            for (std::size_t place = 0; place < plain.chain.size(); place += 1 + random() % 16) {
+                ASSERT_EQ(block.getPreviousNode(plain.chain[place].node),
+                          place != 0 ? plain.chain[place - 1].node : nullptr);
+            }
+            ASSERT_EQ(block.getLastNode(), plain.chain.empty() ? nullptr : plain.chain.back().node);
         }
     }
 }

@@ -33,6 +33,11 @@ constexpr std::size_t poolOfSize(std::uint32_t size) {
 
 } // namespace
 
+constinit _MemoryBlock * _MemoryManager::*const _MemoryManager::pools[7]{
+    &_MemoryManager::memoryBlock16,  &_MemoryManager::memoryBlock32,  &_MemoryManager::memoryBlock64,
+    &_MemoryManager::memoryBlock128, &_MemoryManager::memoryBlock256, &_MemoryManager::memoryBlock512,
+    &_MemoryManager::memoryBlock1024};
+
 _MemoryManager::_MemoryManager(std::uint32_t size) : nextSharer(this), previousSharer(this) {
     createPools(size);
 }
@@ -64,7 +69,7 @@ void _MemoryManager::default_ctor_closure() {
 
 void * _MemoryManager::fastAllocate(std::uint32_t size, bool zeroFill) {
     if (size <= mostUnitSize) {
-        _MemoryBlock * const pool = memoryBlocks[poolOfSize(size)];
+        _MemoryBlock * const pool = this->*pools[poolOfSize(size)];
         return pool != nullptr ? pool->allocateUnit(zeroFill) : nullptr;
     }
     if (size > std::numeric_limits<std::uint32_t>::max() - morvane::partHeaderBytes) {
@@ -85,9 +90,9 @@ void _MemoryManager::fastUnallocate(void * pointer) {
         reinterpret_cast<_MemoryBlock::_MemoryPart *>(static_cast<char *>(pointer) - morvane::partHeaderBytes);
     std::uint32_t const unitSize = part->unitSize;
     std::size_t const place = poolOfSize(unitSize);
-    if (place < std::size(memoryBlocks) && unitSize == leastUnitSize << place) [[likely]] {
-        if (memoryBlocks[place] != nullptr) [[likely]] {
-            memoryBlocks[place]->unallocateHeaded(part);
+    if (place < std::size(pools) && unitSize == leastUnitSize << place) [[likely]] {
+        if (_MemoryBlock * const pool = this->*pools[place]; pool != nullptr) [[likely]] {
+            pool->unallocateHeaded(part);
         }
     } else if (unitSize == heapMark) {
         memoryAllocator.heapUnallocate(part);
@@ -110,8 +115,8 @@ std::uint32_t _MemoryManager::heapFree() const {
 }
 
 void _MemoryManager::traceConsole() const {
-    for (_MemoryBlock const * pool : memoryBlocks) {
-        if (pool != nullptr) {
+    for (_MemoryBlock * _MemoryManager::*const field : pools) {
+        if (_MemoryBlock const * const pool = this->*field; pool != nullptr) {
             pool->traceConsole();
         }
     }
@@ -122,31 +127,31 @@ _Memory _MemoryManager::get_memoryAllocator() const {
 }
 
 _MemoryBlock * _MemoryManager::get_memoryBlock16() const {
-    return memoryBlocks[0];
+    return memoryBlock16;
 }
 
 _MemoryBlock * _MemoryManager::get_memoryBlock32() const {
-    return memoryBlocks[1];
+    return memoryBlock32;
 }
 
 _MemoryBlock * _MemoryManager::get_memoryBlock64() const {
-    return memoryBlocks[2];
+    return memoryBlock64;
 }
 
 _MemoryBlock * _MemoryManager::get_memoryBlock128() const {
-    return memoryBlocks[3];
+    return memoryBlock128;
 }
 
 _MemoryBlock * _MemoryManager::get_memoryBlock256() const {
-    return memoryBlocks[4];
+    return memoryBlock256;
 }
 
 _MemoryBlock * _MemoryManager::get_memoryBlock512() const {
-    return memoryBlocks[5];
+    return memoryBlock512;
 }
 
 _MemoryBlock * _MemoryManager::get_memoryBlock1024() const {
-    return memoryBlocks[6];
+    return memoryBlock1024;
 }
 
 void _MemoryManager::set_memoryAllocator(_Memory memory) {
@@ -154,41 +159,43 @@ void _MemoryManager::set_memoryAllocator(_Memory memory) {
 }
 
 void _MemoryManager::set_memoryBlock16(_MemoryBlock * block) {
-    memoryBlocks[0] = block;
+    memoryBlock16 = block;
 }
 
 void _MemoryManager::set_memoryBlock32(_MemoryBlock * block) {
-    memoryBlocks[1] = block;
+    memoryBlock32 = block;
 }
 
 void _MemoryManager::set_memoryBlock64(_MemoryBlock * block) {
-    memoryBlocks[2] = block;
+    memoryBlock64 = block;
 }
 
 void _MemoryManager::set_memoryBlock128(_MemoryBlock * block) {
-    memoryBlocks[3] = block;
+    memoryBlock128 = block;
 }
 
 void _MemoryManager::set_memoryBlock256(_MemoryBlock * block) {
-    memoryBlocks[4] = block;
+    memoryBlock256 = block;
 }
 
 void _MemoryManager::set_memoryBlock512(_MemoryBlock * block) {
-    memoryBlocks[5] = block;
+    memoryBlock512 = block;
 }
 
 void _MemoryManager::set_memoryBlock1024(_MemoryBlock * block) {
-    memoryBlocks[6] = block;
+    memoryBlock1024 = block;
 }
 
 void _MemoryManager::createPools(std::uint32_t size) {
     for (std::uint32_t unitSize = leastUnitSize; unitSize <= mostUnitSize; unitSize *= 2) {
-        memoryBlocks[poolOfSize(unitSize)] = createPool(static_cast<std::uint16_t>(unitSize), size);
+        this->*pools[poolOfSize(unitSize)] = createPool(static_cast<std::uint16_t>(unitSize), size);
     }
 }
 
 void _MemoryManager::sharePools(_MemoryManager const & other) {
-    std::copy(std::begin(other.memoryBlocks), std::end(other.memoryBlocks), memoryBlocks);
+    for (_MemoryBlock * _MemoryManager::*const field : pools) {
+        this->*field = other.*field;
+    }
     morvane::platform::CriticalSectionGuard const guard(sharing);
     nextSharer = other.nextSharer;
     previousSharer = &other;
@@ -205,5 +212,5 @@ void _MemoryManager::leavePools() {
             return;
         }
     }
-    std::for_each(std::rbegin(memoryBlocks), std::rend(memoryBlocks), [](_MemoryBlock * pool) { delete pool; });
+    std::for_each(std::rbegin(pools), std::rend(pools), [this](auto field) { delete (this->*field); });
 }

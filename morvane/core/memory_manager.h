@@ -69,9 +69,17 @@ private:
 
     static constexpr std::uint32_t defaultNodeBytes = 262144;
 
+    /// The pools by their place, from 0.
+    static _MemoryBlock * _MemoryManager::*const pools[7];
+
     _Memory memoryAllocator;
-    /// Those of 16, 32, 64 bytes and so on, up to 1,024.
-    _MemoryBlock * memoryBlocks[7];
+    _MemoryBlock * memoryBlock16;
+    _MemoryBlock * memoryBlock32;
+    _MemoryBlock * memoryBlock64;
+    _MemoryBlock * memoryBlock128;
+    _MemoryBlock * memoryBlock256;
+    _MemoryBlock * memoryBlock512;
+    _MemoryBlock * memoryBlock1024;
     /// The ring of managers that share these pools.
     mutable _MemoryManager const * nextSharer;
     mutable _MemoryManager const * previousSharer;
