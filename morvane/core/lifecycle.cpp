@@ -44,8 +44,11 @@ struct LastOfAll {
     LastOfAll(LastOfAll const &) = delete;
     ~LastOfAll() {
         delete globalMemoryManager;
-        delete globalProcessMemory;
-        libraryIsDown = true;
+        if constexpr (isChecked) {
+            libraryIsDown = true; // the heap's face stays, and stops whoever comes late
+        } else {
+            delete globalProcessMemory;
+        }
     }
 
     LastOfAll & operator=(LastOfAll const &) = delete;
