@@ -8,6 +8,7 @@
 
 inline void _Memory::count(std::atomic<std::int32_t> Share::*calls, std::uint32_t number) {
     static_assert(shareCount == morvane::platform::mostThreadNumber + 1);
+    morvane::checkLibraryIsUp();
     std::uint32_t const thread = morvane::platform::threadNumber;
     std::atomic<std::int32_t> & count = shares[thread].*calls;
     if (thread != 0 || morvane::platform::isSingleThreaded()) {
@@ -35,13 +36,11 @@ _Memory & _Memory::operator=(_Memory const & other) {
 }
 
 void * _Memory::heapAllocate(std::uint32_t size, bool zeroFill) {
-    morvane::checkLibraryIsUp();
     count(&Share::allocationCount, 1);
     return morvane::platform::heapAllocate(size, zeroFill);
 }
 
 void _Memory::heapUnallocate(void * pointer) {
-    morvane::checkLibraryIsUp();
     count(&Share::unallocationCount, 1);
     morvane::platform::heapFree(pointer);
 }
