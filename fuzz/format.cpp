@@ -3,6 +3,8 @@
 #include "fuzz_input.h"
 #include "text_testing.h"
 
+#include <clocale>
+
 namespace {
 
 void expectPrinted(std::string const & pattern, std::string const & plainPattern, auto... arguments) {
@@ -27,6 +29,7 @@ constexpr struct {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t size) {
+    std::setlocale(LC_NUMERIC, "C"); // for the C library's sake
     FuzzInput input(data, size);
     auto const [name, flags] = conversions[input.below(std::size(conversions))];
     std::string start = "a%%[%";
@@ -61,8 +64,10 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t siz
     } else if (name == 'c') {
         hold("", 1 + static_cast<int>(input.below(127)));
     } else if (std::strchr("diuoxX", name) != nullptr) {
-        char const * const lengths[] = {"", "h", "hh", "", "ll", "j", "z", "t"};
-        choice < 4 ? hold(lengths[choice], input.value<int>()) : hold(lengths[choice], input.value<long long>());
+        char const * const lengths[] = {"", "h", "hh", "", "z", "t", "ll", "j"};
+        choice < 4   ? hold(lengths[choice], input.value<int>())
+        : choice < 6 ? hold(lengths[choice], input.value<std::ptrdiff_t>())
+                     : hold(lengths[choice], input.value<std::int64_t>());
     } else if (choice < 2) {
         hold("L", static_cast<long double>(input.value<double>()) * static_cast<long double>(input.value<long>()));
     } else {

@@ -4,6 +4,8 @@
 #include "text_model.h"
 #include "text_testing.h"
 
+#include <clocale>
+
 namespace {
 
 template <typename String>
@@ -26,6 +28,7 @@ void expectNumbers(String const & text, std::u16string const & told) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t size) {
+    std::setlocale(LC_NUMERIC, "C"); // for the C library's sake
     std::string const bytes = text_model::upToZero(std::string(data, data + size));
     std::u16string const told = text_model::widened(bytes);
     expectNumbers(_DataString(bytes.c_str()), told);
