@@ -86,7 +86,7 @@ struct NodeAccess {
     /// The holdings of an element or instruction.
     static Holding & childHolding(Node const & node) noexcept { return node.childHolding; }
     static Holding & attributeHolding(Node const & node) noexcept { return node.attributeHolding; }
-    static void *& children(DOM::_XMLElement const & element) noexcept { return element.children; }
+    static void *& children(DOM::_XMLElement const & element) noexcept { return element.childElements; }
     template <typename Owner>
     static void *& attributes(Owner const & owner) noexcept {
         return owner.attributes;

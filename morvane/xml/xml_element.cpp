@@ -172,7 +172,7 @@ DOM::_XMLAttribute * DOM::_XMLElement::addAttributeNode(_XMLAttribute const * at
 
 void DOM::_XMLElement::set_childElements(_Container * container) {
     NodeAccess::childHolding(*this) = morvane::Holding::list;
-    children = container;
+    childElements = container;
 }
 
 void DOM::_XMLElement::set_attributes(_XMLNamedNodeMap * map) {

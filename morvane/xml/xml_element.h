@@ -79,6 +79,6 @@ private:
 
     // What the holdings say: a list, an only item, or a row of them. A list is made when it is asked for and when an
     // item comes that there is no place for.
-    mutable void * children = nullptr;
+    mutable void * childElements = nullptr;
     mutable void * attributes = nullptr;
 };
