@@ -155,7 +155,8 @@ TEST(Format, PrintsWhatIsNoDirectiveAsItStands) {
 }
 
 TEST(Format, GoesItsOwnWayWhereTheCLibraryDiffersOrHasNone) {
-    EXPECT_EQ(formatted("%ld %lx", 0x700000005L, 0x7FFFFFFFFL), "5 ffffffff") << "the low 32 bits of a long";
+    EXPECT_EQ(formatted("%ld %lx", static_cast<long>(0x700000005), static_cast<long>(0x7FFFFFFFF)), "5 ffffffff")
+        << "the low 32 bits of a long";
     int untouched = 5;
     EXPECT_EQ(formatted("a%nb%hhn%d", &untouched, &untouched, 3), "ab3");
     EXPECT_EQ(untouched, 5);

@@ -10,7 +10,6 @@
 #include <morvane/morvane.h>
 #include <morvane/platform/library_entry.h>
 #include <new>
-#include <source_location>
 #include <string>
 #include <temporary_folder.h>
 
@@ -21,16 +20,16 @@ namespace {
 constexpr std::uint32_t none = 0xFFFFFFFF;
 
 /// The line of the first thing that did not hold; 0 if all did. An assertion would take memory of its own.
-unsigned badLine = 0;
+int badLine = 0;
 
-void require(bool holds, std::source_location const place = std::source_location::current()) {
-    badLine = badLine == 0 && !holds ? place.line() : badLine;
+void require(bool holds, int line = __builtin_LINE()) {
+    badLine = badLine == 0 && !holds ? line : badLine;
 }
 
 /// True for a text that is there; one that was refused is released.
 template <typename Text>
-bool isThere(Text const & text, std::source_location const place = std::source_location::current()) {
-    require(text.get_data() != nullptr ? text.get_data()[text.get_length()] == 0 : text.get_length() == 0, place);
+bool isThere(Text const & text, int line = __builtin_LINE()) {
+    require(text.get_data() != nullptr ? text.get_data()[text.get_length()] == 0 : text.get_length() == 0, line);
     return text.get_data() != nullptr;
 }
 

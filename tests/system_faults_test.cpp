@@ -91,13 +91,13 @@ TEST_F(SystemFaults, HaveTheToldAnswersAndLeaveNoFileOpen) {
         EXPECT_EQ(openDescriptors(), descriptors + 1);
     }
     EXPECT_TRUE(_FileUtility::fileClose(user));
-    for (rlim_t const most : {0, 3}) {
+    for (rlim_t const most : {0U, 3U}) {
         limited(RLIMIT_NOFILE, most, [&] { EXPECT_EQ(answersOf(file), "0000000"); });
         EXPECT_EQ(lastError(), EMFILE);
     }
     EXPECT_EQ(folder.get("used") + folder.get("file"), "as it wastext") << "a refused create cuts nothing";
     int const foreign = open(folder.path("foreign").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    for (rlim_t const most : {0, 1, 100}) {
+    for (rlim_t const most : {0U, 1U, 100U}) {
         limited(RLIMIT_FSIZE, most, [&] {
             EXPECT_EQ(answersOf(file).substr(4), "tt0") << "and the process lives on";
             EXPECT_EQ(lastError(), EFBIG);

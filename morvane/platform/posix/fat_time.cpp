@@ -1,3 +1,7 @@
+// Dates behind the year 2038 on systems of 32 bits.
+#define _FILE_OFFSET_BITS 64 // NOLINT(bugprone-reserved-identifier)
+#define _TIME_BITS 64        // NOLINT(bugprone-reserved-identifier)
+
 #include <morvane/platform/fat_time.h>
 
 #include <algorithm>

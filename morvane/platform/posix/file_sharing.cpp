@@ -1,4 +1,6 @@
-#define _FILE_OFFSET_BITS 64 // NOLINT(bugprone-reserved-identifier): long files on systems of 32 bits
+// Long files, and dates behind the year 2038, on systems of 32 bits.
+#define _FILE_OFFSET_BITS 64 // NOLINT(bugprone-reserved-identifier)
+#define _TIME_BITS 64        // NOLINT(bugprone-reserved-identifier)
 
 #include <morvane/platform/posix/file_sharing.h>
 
