@@ -1,5 +1,6 @@
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
@@ -74,6 +75,21 @@ TEST(DebugChannel, WritesALongEventWholeThroughANarrowPipe) {
     for (std::size_t index = 0; index < received.size(); ++index) {
         ASSERT_EQ(received[index], "\xE2\x82\xAC"[index % 3]);
     }
+}
+
+TEST(DebugChannel, OutlivesAPipeThatNobodyReads) {
+    int const standardError = dup(STDERR_FILENO);
+    int ends[2]{};
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    dup2(ends[1], STDERR_FILENO);
+    close(ends[0]);
+    close(ends[1]);
+    _SystemUtility::outputDebugString(u"nobody reads this"_w);
+    dup2(standardError, STDERR_FILENO);
+    close(standardError);
+    sigset_t pending;
+    sigpending(&pending);
+    EXPECT_EQ(sigismember(&pending, SIGPIPE), 0);
 }
 
 TEST(DebugChannel, HandsABatchOverWhenItsOutermostEnds) {

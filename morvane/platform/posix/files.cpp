@@ -7,11 +7,11 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <cstddef>
 #include <fcntl.h>
 #include <limits>
 #include <morvane/platform/posix/file_sharing.h>
+#include <morvane/platform/posix/signal_guard.h>
 #include <morvane/platform/posix/utf8_text.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -104,37 +104,6 @@ bool isSizeUnlimited() noexcept {
     rlimit limit{};
     return ::getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur == RLIM_INFINITY;
 }
-
-/// Keeps a signal that a failing call sends, and that would end the process, from this thread: that of a pipe without a
-/// reader or that of a file at the limit of its size.
-class SignalGuard {
-public:
-    explicit SignalGuard(int signal) noexcept {
-        sigemptyset(&guarded);
-        sigaddset(&guarded, signal);
-        sigset_t waiting;
-        sigpending(&waiting);
-        wasPending = sigismember(&waiting, signal) == 1;
-        pthread_sigmask(SIG_BLOCK, &guarded, &before);
-    }
-    SignalGuard(SignalGuard const &) = delete;
-    ~SignalGuard() {
-        int const error = errno;
-        if (!wasPending) {
-            timespec const noTime{};
-            uninterrupted([&] { return sigtimedwait(&guarded, nullptr, &noTime); });
-        }
-        pthread_sigmask(SIG_SETMASK, &before, nullptr);
-        errno = error;
-    }
-
-    SignalGuard & operator=(SignalGuard const &) = delete;
-
-private:
-    sigset_t guarded;
-    sigset_t before;
-    bool wasPending;
-};
 
 /// When a transfer that moved less than it was asked for goes on.
 enum class ShortTransfer { ends, goesOn };
@@ -264,7 +233,7 @@ std::int32_t writeFile(std::int32_t handle, void const * buffer, std::uint32_t c
     if (!isPipe && isSizeUnlimited()) {
         return writeAll();
     }
-    SignalGuard const guard(isPipe ? SIGPIPE : SIGXFSZ);
+    SignalGuard const guard;
     return writeAll();
 }
 
@@ -295,7 +264,7 @@ std::int32_t seekFile(std::int32_t handle, std::int32_t offset, std::int32_t ori
 
 bool setFileEnd(std::int32_t handle) noexcept {
     off_t const position = ::lseek(handle, 0, SEEK_CUR);
-    SignalGuard const guard(SIGXFSZ);
+    SignalGuard const guard;
     return position != -1 && uninterrupted([&] { return ::ftruncate(handle, position); }) == 0;
 }
 
