@@ -72,7 +72,8 @@ std::string recordsOf(std::size_t bytes) {
         text += "  <record id=\"" + value + "\" kind=\"person\">\n    <name>" + names[number % 5]
                 + "</name>\n    <town code=\"" + std::to_string(number % 97) + "\">" + towns[number % 4]
                 + "</town>\n    <phone>555-" + std::to_string(1000 + number % 9000) + "</phone>\n    <balance>"
-                + std::to_string(number * 7 % 10000) + ".50</balance>\n    <note>open</note>\n  </record>\n";
+                + std::to_string(number * 7 % 10000)
+                + ".50</balance>\n    <note>opened by hand in spring</note>\n  </record>\n";
     }
     return text + "</records>\n";
 }

@@ -5,8 +5,8 @@
 
 namespace {
 
-std::size_t countNodes(DOM::_XMLDocument * document) {
-    std::size_t count = 0;
+XmlShape shapeOfTree(DOM::_XMLDocument * document) {
+    XmlShape shape;
     std::vector<_Container *> pending{document->get_childNodes()};
     while (!pending.empty()) {
         _Container const * nodes = pending.back();
@@ -15,14 +15,16 @@ std::size_t countNodes(DOM::_XMLDocument * document) {
             auto * node = static_cast<DOM::_XMLNode *>(nodes->getObject(index));
             if (node->get_nodeType() == DOM::ELEMENT_NODE) {
                 auto * element = static_cast<DOM::_XMLElement *>(node);
-                count += 1 + element->getAttributeCount();
+                ++shape.elements;
+                shape.attributes += element->getAttributeCount();
                 pending.push_back(element->get_childElements());
             } else if (node->get_nodeType() == DOM::TEXT_NODE) {
-                ++count;
+                ++shape.texts;
+                shape.textUnits += node->get_nodeValue().get_length();
             }
         }
     }
-    return count;
+    return shape;
 }
 
 } // namespace
@@ -43,10 +45,20 @@ XmlPeer const morvanePeer{
         return nullptr;
     },
     [](void * tree) { delete static_cast<DOM::_XMLDocument *>(tree); },
-    [](void * tree) { return countNodes(static_cast<DOM::_XMLDocument *>(tree)); },
+    [](void * tree) {
+        XmlShape const shape = shapeOfTree(static_cast<DOM::_XMLDocument *>(tree));
+        return shape.elements + shape.attributes + shape.texts;
+    },
     [](void * tree) -> std::size_t { return static_cast<DOM::_XMLDocument *>(tree)->toFormatString().get_length(); },
     [](void * tree, char const * path) {
         _WideString error;
         _WideString const name(path);
         return static_cast<DOM::_XMLDocument *>(tree)->saveToFile(name, error);
     }};
+
+XmlShape shapeOf(std::string const & text) {
+    void * const tree = morvanePeer.load(text.data(), text.size());
+    XmlShape const shape = tree != nullptr ? shapeOfTree(static_cast<DOM::_XMLDocument *>(tree)) : XmlShape{};
+    morvanePeer.destroy(tree);
+    return shape;
+}

@@ -27,3 +27,14 @@ extern XmlPeer const libxml2Peer;
 extern XmlPeer const xercesPeer;
 extern XmlPeer const qtPeer;
 extern XmlPeer const pocoPeer;
+
+/// What a document is made of. Texts are those that are not blank.
+struct XmlShape {
+    std::size_t elements = 0;
+    std::size_t attributes = 0;
+    std::size_t texts = 0;
+    /// Of all texts together.
+    std::size_t textUnits = 0;
+};
+
+XmlShape shapeOf(std::string const & text);
