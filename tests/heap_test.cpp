@@ -109,7 +109,7 @@ TEST(Heap, KeepsAsMuchAsWasUsedAndGivesBackTheRest) {
     letIdleMemoryGo();
     // A document that comes and goes: all of it stays, and is used again, its text for shorter ones too.
     std::size_t held = 0;
-    for (std::size_t const text : {64, 40, 33, 64}) {
+    for (std::size_t const text : {64U, 40U, 33U, 64U}) {
         Block const block = take(text * megabyte, true, 1);
         std::vector<void *> const nodes = takeMany(280000, 1000);
         segmentFree(block.bytes);
