@@ -130,9 +130,11 @@ void TreePrinter::appendWhole(WideView part) noexcept {
     }
 }
 
-/// Units of an indent.
+/// Units of an indent; one that no text holds is told as so many that what stands beside it still adds up in 32 bits.
 std::size_t TreePrinter::LineSettings::indentUnits(std::int64_t level) const noexcept {
-    return level < 1 ? 0 : static_cast<std::size_t>(level) * space.length;
+    constexpr std::uint64_t moreThanAnyText = std::uint64_t{1} << 31;
+    std::uint64_t const units = level < 1 ? 0 : static_cast<std::uint64_t>(level) * space.length;
+    return static_cast<std::size_t>(std::min(units, moreThanAnyText));
 }
 
 /// Writes an indent of so many units; up to `slack` units behind it may be
