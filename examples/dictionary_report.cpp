@@ -1,5 +1,6 @@
 // Reads settings of the form key=value from a text file, sorts them, looks keys up, and carries them through a stream.
 
+#include "console_program.h"
 #include "console_text.h"
 
 #include <cstdint>
@@ -34,10 +35,6 @@ struct Options {
     std::vector<std::string> keys;
     bool quiet = false;
     std::string file;
-};
-
-struct Failure {
-    std::string message;
 };
 
 bool readCommandLine(int count, char ** arguments, Options & options, bool & wantsHelp) {
@@ -166,24 +163,5 @@ void report(Options const & options) {
 } // namespace
 
 int main(int count, char ** arguments) {
-    Options options;
-    bool wantsHelp = false;
-    if (!readCommandLine(count, arguments, options, wantsHelp)) {
-        std::cerr << usage << "Try dictionary_report --help\n";
-        return 2;
-    }
-    if (wantsHelp) {
-        std::cout << usage << help;
-        return 0;
-    }
-    if (options.quiet) {
-        morvane::platform::setDebugListener(nullptr);
-    }
-    try {
-        report(options);
-    } catch (Failure const & failure) {
-        std::cerr << "dictionary_report: " << failure.message << '\n';
-        return 1;
-    }
-    return 0;
+    return runProgram<Options>({"dictionary_report", usage, help}, count, arguments, readCommandLine, report);
 }

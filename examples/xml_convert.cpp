@@ -1,5 +1,6 @@
 // Converts an XML document from one charset to another, and tells what it holds.
 
+#include "console_program.h"
 #include "console_text.h"
 
 #include <algorithm>
@@ -11,7 +12,6 @@
 #include <getopt.h>
 #include <iostream>
 #include <morvane/morvane.h>
-#include <new>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -42,11 +42,6 @@ Examples:
   xml_convert --quiet --charset utf-8 --line-end lf examples/data/catalogue-iso-8859-5.xml catalogue.xml
   xml_convert --quiet --tree examples/data/scripts.xml
 )";
-
-/// Why a document was not converted: one line for the user.
-struct Failure {
-    std::string message;
-};
 
 struct Options {
     std::string charset;
@@ -467,28 +462,5 @@ void convert(Options const & options) {
 } // namespace
 
 int main(int count, char ** arguments) {
-    Options options;
-    bool wantsHelp = false;
-    if (!readCommandLine(count, arguments, options, wantsHelp)) {
-        std::cerr << usage << "Try xml_convert --help\n";
-        return 2;
-    }
-    if (wantsHelp) {
-        std::cout << usage << help;
-        return 0;
-    }
-    if (options.quiet) {
-        morvane::platform::setDebugListener(nullptr);
-    }
-    try {
-        convert(options);
-    } catch (Failure const & failure) {
-        std::cout.flush();
-        std::cerr << "xml_convert: " << failure.message << '\n';
-        return 1;
-    } catch (std::bad_alloc const &) {
-        std::cerr << "xml_convert: there is not enough memory\n";
-        return 1;
-    }
-    return 0;
+    return runProgram<Options>({"xml_convert", usage, help}, count, arguments, readCommandLine, convert);
 }

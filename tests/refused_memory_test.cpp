@@ -44,7 +44,7 @@ std::string markup() {
     for (int depth = 0; depth < 24; ++depth) {
         text += depth < 12 ? "<t u='v'>" : "</t>";
     }
-    return text + "</e></r><!--z-->";
+    return text + "</e><f/><f/><f/><f/><f/><f/><f/><f/></r><!--z-->";
 }
 
 bool document() {

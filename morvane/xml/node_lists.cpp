@@ -114,9 +114,12 @@ List & NodeItems<List>::list() {
         return listHeld();
     }
     auto made = std::make_unique<List>();
+    // Until the list holds all of them, the items stay with the node.
+    made->set_deleteAll(false);
     for (std::uint32_t index = 0; index < count(); ++index) {
         addTo(*made, at(index));
     }
+    made->set_deleteAll(true);
     drop();
     how = Holding::list;
     held = static_cast<typename List::Face *>(made.get());

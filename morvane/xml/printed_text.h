@@ -13,8 +13,7 @@
 
 namespace morvane {
 
-/// Copies `text` up to its first zero to `target`, where all of it has room,
-/// and gives where the copy ends.
+/// Copies `text` up to its first zero to `target`, where all of it has room, and gives where the copy ends.
 inline unsigned short int * copyUpToZero(unsigned short int * target, WideView text) noexcept {
     constexpr std::size_t step = sizeof(std::uint64_t) / sizeof(unsigned short int);
     constexpr std::uint64_t ones = 0x0001000100010001;
@@ -39,12 +38,10 @@ inline unsigned short int * copyUpToZero(unsigned short int * target, WideView t
     return target + (zeros == 0 ? text.length : findUnit(text, 0));
 }
 
-/// Gathers a text in pieces that stay where they are, and hands it over once,
-/// at exact size.
+/// Gathers a text in pieces that stay where they are, and hands it over once, at exact size.
 ///
-/// Use it for a text of unknown length that may be long; unlike `TextBuilder`
-/// it never copies what was gathered to grow. Short texts need no heap. Errors:
-/// when the heap refuses a piece, there is no more room, and the text that it
+/// Use it for a text of unknown length that may be long; unlike `TextBuilder` it never copies what was gathered to
+/// grow. Short texts need no heap. Errors: when the heap refuses a piece, there is no more room, and the text that it
 /// is handed to ends released.
 class PrintedText {
 public:
@@ -59,8 +56,8 @@ public:
     bool hasFailed() const noexcept { return failed; }
     void fail() noexcept { failed = true; }
 
-    /// Where the next `count` units may be written, at the end; null when there
-    /// is no room. What was written is told by `finish`.
+    /// Where the next `count` units may be written, at the end; null when there is no room. What was written is told by
+    /// `finish`.
     Unit * room(std::size_t count) noexcept {
         return count <= static_cast<std::size_t>(end - place) || turn(count) ? place : nullptr;
     }
@@ -74,8 +71,7 @@ public:
         }
     }
 
-    /// Makes `target` the text that was gathered, and as many zeros behind it.
-    /// Nothing is gathered afterwards.
+    /// Makes `target` the text that was gathered, and as many zeros behind it. Nothing is gathered afterwards.
     void moveTo(_WideString & target, std::size_t zeros) noexcept;
 
 private:

@@ -21,8 +21,7 @@ Unit * put(Unit * at, WideView part) noexcept {
     return at;
 }
 
-/// What a virtual `toString` takes; a level beyond it wraps as in the sum of
-/// two such numbers.
+/// What a virtual `toString` takes; a level beyond it wraps as in the sum of two such numbers.
 std::int32_t levelArgument(std::int64_t level) noexcept {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(level));
 }
@@ -106,8 +105,7 @@ TreePrinter::LineSettings const & TreePrinter::settingsOf(DOM::_XMLNode const & 
     return settings;
 }
 
-/// Asks a node of a class derived elsewhere, which may change what the settings
-/// were taken from.
+/// Asks a node of a class derived elsewhere, which may change what the settings were taken from.
 _WideString TreePrinter::ask(DOM::_XMLNode & node, std::int64_t level) {
     settings.isKnown = false;
     return node.toString(levelArgument(level));
@@ -120,8 +118,7 @@ void TreePrinter::appendUpToZero(WideView part) noexcept {
     }
 }
 
-/// Appends as text is appended to text: up to the first zero, while the length
-/// grows by all.
+/// Appends as text is appended to text: up to the first zero, while the length grows by all.
 void TreePrinter::appendWhole(WideView part) noexcept {
     if (Unit * const at = text.room(part.length)) {
         Unit * const end = copyUpToZero(at, part);
@@ -137,8 +134,7 @@ std::size_t TreePrinter::LineSettings::indentUnits(std::int64_t level) const noe
     return static_cast<std::size_t>(std::min(units, moreThanAnyText));
 }
 
-/// Writes an indent of so many units; up to `slack` units behind it may be
-/// overwritten.
+/// Writes an indent of so many units; up to `slack` units behind it may be overwritten.
 unsigned short int * TreePrinter::LineSettings::putIndent(Unit * at, std::size_t units) const noexcept {
     Unit * const end = at + units;
     if (isUniform && units != 0) {
@@ -195,8 +191,7 @@ void TreePrinter::appendOnlyText(DOM::_XMLNode & node, std::int64_t level) {
     }
 }
 
-/// Prints an element that fits on one line, or the start tag of another, which
-/// is open then.
+/// Prints an element that fits on one line, or the start tag of another, which is open then.
 void TreePrinter::beginElement(DOM::_XMLElement const & element, std::int64_t level) {
     Children const children = childrenOf(element);
     std::uint32_t const count = children.count();

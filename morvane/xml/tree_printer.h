@@ -11,12 +11,10 @@
 
 namespace morvane {
 
-/// Prints nodes into one text; `toString` of the node classes is its public
-/// face.
+/// Prints nodes into one text; `toString` of the node classes is its public face.
 ///
-/// Nodes of the library's own classes are appended in place; one of a class
-/// derived from them is asked through its `toString`. Cost: linear in the text,
-/// in constant stack. Errors: where the heap refuses, the text ends released.
+/// Nodes of the library's own classes are appended in place; one of a class derived from them is asked through its
+/// `toString`. Cost: linear in the text, in constant stack. Errors: where the heap refuses, the text ends released.
 class TreePrinter {
 public:
     void printAttribute(DOM::_XMLAttribute const & attribute);
@@ -66,8 +64,7 @@ private:
 
     PrintedText text;
     LineSettings settings{};
-    /// Zero units that stand behind the text: what appending whole texts with
-    /// zeros inside leaves there.
+    /// Zero units that stand behind the text: what appending whole texts with zeros inside leaves there.
     std::size_t trailingZeros = 0;
     GrowingStack<OpenElement, 32> open;
 };
