@@ -2,6 +2,7 @@
 
 #include <benchmark/benchmark.h>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <morvane/platform/debug_channel.h>
 #include <morvane/strings/wide_string.h>
@@ -74,6 +75,18 @@ Text makeDeep(std::size_t units) {
     return text;
 }
 
+/// The text of that size, made once for all repetitions: what lies idle for long goes back to the system, and a
+/// repetition shall find the heap as the one before it left it.
+template <Text (*Make)(std::size_t)>
+Text const & textOf(benchmark::State const & state) {
+    static std::map<std::int64_t, Text> texts;
+    Text & text = texts[state.range(0)];
+    if (text.empty()) {
+        text = Make(static_cast<std::size_t>(state.range(0)));
+    }
+    return text;
+}
+
 std::unique_ptr<DOM::_XMLDocument> load(Text const & text, benchmark::State & state) {
     auto document = std::make_unique<DOM::_XMLDocument>();
     _WideString error;
@@ -86,7 +99,7 @@ std::unique_ptr<DOM::_XMLDocument> load(Text const & text, benchmark::State & st
 /// The document's size is told in units, so the rate is that of a text of a byte a unit.
 template <Text (*Make)(std::size_t)>
 void loadAndDelete(benchmark::State & state) {
-    Text const text = Make(static_cast<std::size_t>(state.range(0)));
+    Text const & text = textOf<Make>(state);
     for (auto _ : state) {
         benchmark::DoNotOptimize(load(text, state).get());
     }
@@ -96,7 +109,7 @@ void loadAndDelete(benchmark::State & state) {
 
 template <Text (*Make)(std::size_t)>
 void print(benchmark::State & state) {
-    Text const text = Make(static_cast<std::size_t>(state.range(0)));
+    Text const & text = textOf<Make>(state);
     auto const document = load(text, state);
     // Indentation of a deep tree is a triangle of blanks.
     document->set_lineSpace(Make == makeDeep ? _WideString() : document->get_lineSpace());
