@@ -43,13 +43,11 @@ inline std::u16string units(_WideString const & text) {
 inline std::string shown(std::u16string_view text) {
     std::string result;
     for (char16_t const unit : text) {
-        if (unit >= 0x20 && unit < 0x7F) {
-            result += static_cast<char>(unit);
-        } else {
-            char digits[8];
-            std::snprintf(digits, sizeof digits, "\\x%04x", static_cast<unsigned>(unit));
-            result += digits;
+        char piece[8] = {static_cast<char>(unit)};
+        if (unit < 0x20 || unit >= 0x7F) {
+            std::snprintf(piece, sizeof piece, "\\x%04x", static_cast<unsigned>(unit));
         }
+        result += piece;
     }
     return result;
 }
@@ -68,38 +66,36 @@ inline std::string joined(std::initializer_list<std::string_view> parts) {
     return result;
 }
 
-/// A node in one line: `name[attribute=value,...](child,...)`, `"text"`, `<![data]`, `<!--comment]`, `?target[...]`.
 inline std::string shownNode(DOM::_XMLNode const & node);
 
-template <typename Count, typename Get>
-std::string shownItems(Count count, Get get) {
+/// The items with commas in between and the two brackets around; nothing where there are none.
+template <typename Get>
+std::string shownItems(std::uint32_t count, Get get, std::string_view brackets = "") {
     std::string result;
     for (std::uint32_t index = 0; index < count; ++index) {
-        DOM::_XMLNode const & node = *get(index);
-        result += index == 0 ? "" : ",";
-        result += node.get_nodeType() == DOM::ATTRIBUTE_NODE
-                      ? joined({shown(node.get_nodeName()), "=", shown(node.get_nodeValue())})
-                      : shownNode(node);
+        result += index == 0 ? brackets.substr(0, 1) : ",";
+        result += shownNode(*get(index));
     }
-    return result;
+    return result.append(count == 0 || brackets.empty() ? "" : brackets.substr(1));
 }
 
 inline std::string shownAttributes(DOM::_XMLElement const & element) {
-    std::uint32_t const count = element.getAttributeCount();
-    std::string const items = shownItems(count, [&](std::uint32_t index) { return element.getAttribute(index); });
-    return count == 0 ? "" : joined({"[", items, "]"});
+    return shownItems(
+        element.getAttributeCount(), [&](std::uint32_t index) { return element.getAttribute(index); }, "[]");
 }
 
+/// A node in one line: `name[attribute=value,...](child,...)`, `"text"`, `<![data]`, `<!--comment]`, `?target[...]`.
 inline std::string shownNode(DOM::_XMLNode const & node) {
     std::string const name = shown(node.get_nodeName());
     std::string const value = shown(node.get_nodeValue());
     switch (node.get_nodeType()) {
     case DOM::ELEMENT_NODE: {
         auto const & element = static_cast<DOM::_XMLElement const &>(node);
-        std::uint32_t const count = element.getNodeCount();
-        std::string const items = shownItems(count, [&](std::uint32_t index) { return element.getNode(index); });
-        return joined({name, shownAttributes(element), count == 0 ? "" : joined({"(", items, ")"})});
+        auto const child = [&](std::uint32_t index) { return element.getNode(index); };
+        return joined({name, shownAttributes(element), shownItems(element.getNodeCount(), child, "()")});
     }
+    case DOM::ATTRIBUTE_NODE:
+        return joined({name, "=", value});
     case DOM::TEXT_NODE:
         return joined({"\"", value, "\""});
     case DOM::CDATA_SECTION_NODE:
@@ -108,9 +104,8 @@ inline std::string shownNode(DOM::_XMLNode const & node) {
         return joined({"<!--", value, "]"});
     case DOM::PROCESSING_INSTRUCTION_NODE: {
         auto const & map = *static_cast<DOM::_XMLProcessingInstruction const &>(node).get_attributes();
-        std::string const items =
-            shownItems(map.get_count(), [&](std::uint32_t index) { return map.getNamedNode(index); });
-        return joined({"?", name, items.empty() ? "" : joined({"[", items, "]"})});
+        auto const attribute = [&](std::uint32_t index) { return map.getNamedNode(index); };
+        return joined({"?", name, shownItems(map.get_count(), attribute, "[]")});
     }
     default:
         return "(unexpected node)";
@@ -135,7 +130,7 @@ inline std::string settings(DOM::_XMLDocument const & document) {
 class DebugChannel {
 public:
     explicit DebugChannel(bool silent = false) {
-        heard().clear();
+        heard.clear();
         former = morvane::platform::setDebugListener(silent ? nullptr : listen);
     }
     DebugChannel(DebugChannel const &) = delete;
@@ -143,21 +138,12 @@ public:
 
     DebugChannel & operator=(DebugChannel const &) = delete;
 
-    std::vector<std::string> const & events() const { return heard(); }
+    std::vector<std::string> const & events() const { return heard; }
 
 private:
-    static std::vector<std::string> & heard() {
-        static std::vector<std::string> events;
-        return events;
-    }
-    static void listen(unsigned short int const * text) {
-        std::u16string event;
-        for (; *text != 0; ++text) {
-            event += static_cast<char16_t>(*text);
-        }
-        heard().push_back(shown(event));
-    }
+    static void listen(unsigned short int const * text) { heard.push_back(shown(_WideString(text))); }
 
+    inline static std::vector<std::string> heard;
     morvane::platform::DebugListener former;
 };
 
