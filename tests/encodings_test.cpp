@@ -3,7 +3,6 @@
 #include "text_testing.h"
 
 #include <climits>
-#include <functional>
 #include <gtest/gtest.h>
 #include <iconv.h>
 #include <map>
@@ -12,7 +11,7 @@
 #include <morvane/encodings/code_page_kernels.h>
 #include <morvane/encodings/string_utility.h>
 #include <morvane/encodings/ucs.h>
-#include <morvane/encodings/utf8_codec.h>
+#include <numeric>
 #include <random>
 #include <string>
 #include <utility>
@@ -34,23 +33,20 @@ TEST(Formats, HaveNamesDescriptionsAndFlags) {
         std::uint32_t flags;
     } const cases[] = {{0, "ANSI", "ANSI", 0x08},
                        {2, "ASCII Extended", "ASCII Extended", 0x10},
-                       {5, "Unicode", "Unicode", 0x1B},
                        {7, "Unicode Big Endian", "Unicode BE", 0x03},
                        {8, "UTF-8 (Raw)", "UTF-8 Raw, a transformation format of ISO 10646", 0x1D},
                        {12, "UTF-16BE (Raw)", "UTF-16BE Raw, an encoding of ISO 10646 (Big-endian)", 0x16},
-                       {15, "UTF-16LE", "UTF-16LE, an encoding of ISO 10646 (Little-endian)", 0x17},
                        {24, "Latin 5", "Latin 5", 0x08},
-                       {30, "Latin 9", "Latin 9", 0x08}};
+                       {30, "Latin 9", "Latin 9", 0x08},
+                       {-1, "", "", 0},
+                       {25, "", "", 0},
+                       {31, "", "", 0},
+                       {INT_MAX, "", "", 0}};
     for (auto const & [number, name, description, flags] : cases) {
         auto const format = static_cast<Format>(number);
         EXPECT_EQ(_StringUtility::formatName(format).compare(name), 0) << number;
         EXPECT_EQ(_StringUtility::formatDescription(format).compare(description), 0) << number;
         EXPECT_EQ(_StringUtility::formatFlags(format), flags) << number;
-    }
-    for (std::int32_t const number : {-2, -1, 25, 29, 31, INT_MAX}) {
-        auto const none = static_cast<Format>(number);
-        EXPECT_TRUE(_StringUtility::formatName(none).isEmpty() && _StringUtility::formatDescription(none).isEmpty());
-        EXPECT_EQ(_StringUtility::formatFlags(none), 0U);
     }
 }
 
@@ -115,41 +111,35 @@ TEST(CodePages, HoldThePublishedMappings) {
 // Both directions by every kernel, at any length and alignment and in blocks of exactly the sizes needed.
 TEST(CodePages, ConvertUnitByUnit) {
     std::mt19937 random(5);
+    Units all(0x10000);
+    std::iota(all.begin(), all.end(), static_cast<unsigned short int>(0));
     for (int const part : parts) {
         CodePage const & page = pageOf(part);
-        std::string expectedByte(0x10000, '?'); // of those with one unit the first
+        std::string expectedByte(all.size(), '?'); // of those with one unit the first
         for (std::size_t entry = page.entryCount; entry-- > 0;) {
             expectedByte[page.entries[entry].unicode] = static_cast<char>(page.entries[entry].code);
         }
-        std::string bytes;
-        Units units;
-        Units all;
-        for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
-            // Stretches of ASCII and of the page's own units.
-            bytes += static_cast<char>(random() % (unit & 64 ? 0x80 : 0x100));
-            units.push_back(page.units[static_cast<unsigned char>(bytes.back())]);
-            all.push_back(static_cast<unsigned short int>(unit));
-        }
-        for (Kernel const kernel : {Kernel::plain, Kernel::avx512}) {
-            if (!isAvailable(kernel)) {
-                continue;
+        std::string encoded(all.size(), '#');
+        encode(page, {all.data(), all.size()}, encoded.data());
+        ASSERT_EQ(encoded, expectedByte) << part;
+        for (std::size_t length = 0; length <= 200; ++length) {
+            std::unique_ptr<char[]> const bytes(new char[length]);
+            Units expected;
+            for (std::size_t index = 0; index < length; ++index) {
+                // Stretches of ASCII and of the page's own units.
+                bytes[index] = static_cast<char>(random() % ((length + index) & 64 ? 0x80 : 0x100));
+                expected.push_back(page.units[static_cast<unsigned char>(bytes[index])]);
             }
-            SCOPED_TRACE(std::to_string(part) + ' ' + std::to_string(static_cast<int>(kernel)));
-            std::string encoded(all.size(), '#');
-            encode(page, {all.data(), all.size()}, encoded.data());
-            ASSERT_EQ(encoded, expectedByte);
-            for (std::size_t length = 0; length <= 200; ++length) {
-                std::string const source = bytes.substr(length * 3, length);
-                Units const expected(units.begin() + static_cast<std::ptrdiff_t>(length * 3),
-                                     units.begin() + static_cast<std::ptrdiff_t>(length * 4));
-                std::unique_ptr<unsigned short int[]> const target(new unsigned short int[length]);
-                decode(kernel, page, {source.data(), length}, target.get());
-                ASSERT_EQ(Units(target.get(), target.get() + length), expected);
-                std::unique_ptr<char[]> const back(new char[length]);
-                encode(page, {target.get(), length}, back.get());
-                for (std::size_t index = 0; index < length; ++index) {
-                    ASSERT_EQ(back[index], expectedByte[expected[index]]) << length;
+            std::unique_ptr<unsigned short int[]> const target(new unsigned short int[length]);
+            for (Kernel const kernel : {Kernel::plain, Kernel::avx512}) {
+                if (isAvailable(kernel)) {
+                    decode(kernel, page, {bytes.get(), length}, target.get());
+                    ASSERT_EQ(Units(target.get(), target.get() + length), expected) << part;
                 }
+            }
+            encode(page, {target.get(), length}, bytes.get());
+            for (std::size_t index = 0; index < length; ++index) {
+                ASSERT_EQ(bytes[index], expectedByte[expected[index]]) << part << ", of " << length;
             }
         }
     }
@@ -160,89 +150,68 @@ TEST(CodePages, RefusalsLeaveOrEmptyTheResult) {
         int format;
         char const * decoded; ///< what an empty text leaves where "before" was
         char const * encoded;
-    } const cases[] = {{-1, "before", "before"},
-                       {5, "before", "before"},
-                       {15, "before", "before"},
-                       {16, "", ""},
-                       {25, "", "before"},
-                       {29, "", "before"},
-                       {30, "", ""},
+    } const cases[] = {{-1, "before", "before"}, {15, "before", "before"}, {16, "", ""},
+                       {25, "", "before"},       {29, "", "before"},       {30, "", ""},
                        {31, "before", "before"}};
     for (auto const & [number, decoded, encoded] : cases) {
+        SCOPED_TRACE(number);
         auto const format = static_cast<Format>(number);
         bool const isCodePage = *encoded == 0;
         _WideString wide(u"before"_w);
         _DataString data("before");
-        EXPECT_FALSE(_StringUtility::convertDataStringToWideString(nullptr, wide, format));
-        EXPECT_FALSE(_StringUtility::convertWideStringToDataString(nullptr, data, format));
+        EXPECT_FALSE(_StringUtility::convertDataStringToWideString(nullptr, wide, format)
+                     || _StringUtility::convertWideStringToDataString(nullptr, data, format));
         EXPECT_TRUE(wide.compare("before") == 0 && data.compare("before") == 0);
-        EXPECT_EQ(_StringUtility::convertDataStringToWideString("", wide, format), isCodePage) << number;
-        EXPECT_EQ(_StringUtility::convertWideStringToDataString(u""_w, data, format), isCodePage) << number;
-        EXPECT_TRUE(wide.compare(decoded) == 0 && data.compare(encoded) == 0) << number;
+        EXPECT_EQ(_StringUtility::convertDataStringToWideString("", wide, format), isCodePage);
+        EXPECT_EQ(_StringUtility::convertWideStringToDataString(u""_w, data, format), isCodePage);
+        EXPECT_TRUE(wide.compare(decoded) == 0 && data.compare(encoded) == 0);
     }
 }
 
 TEST(Numbers, AreReadByTheirGrammar) {
     struct {
         unsigned short int const * text;
-        char const * digits; ///< null where the text is not hexadecimal
-        std::int32_t value;
-    } const numbers[] = {{u""_w, nullptr, 0},
-                         {u"007"_w, nullptr, 7},
-                         {u"4294967295"_w, nullptr, -1},
-                         {u"4294967297"_w, nullptr, 1},
-                         {u"100000000000000000000000000000007"_w, nullptr, 7},
-                         {u"0X1"_w, "1", 1},
-                         {u"xAF"_w, "af", 0xAF},
-                         {u"0XaF"_w, "af", 0xAF},
-                         {u"0x0000000F"_w, "0000000f", 15},
-                         {u"0xFFFFFFFF"_w, "ffffffff", -1},
-                         {u"0x80000000"_w, "80000000", INT32_MIN}};
-    for (auto const & row : numbers) {
+        char const * digits; ///< of a hexadecimal number
+        std::int32_t decimal, hex, number;
+    } const rows[] = {{u""_w, "before", 0, 0, 0},
+                      {u"4294967297"_w, "before", 1, 0, 1},
+                      {u"0XaF"_w, "af", 0, 0xAF, 0xAF},
+                      {u"xFFFFFFFF"_w, "ffffffff", 0, -1, -1},
+                      {u"0x123456789"_w, "before", 0, 0, -1},
+                      {u"-5"_w, "before", 0, 0, -1},
+                      {nullptr, "before", 0, -1, -1}};
+    for (auto const & row : rows) {
         SCOPED_TRACE(testing::PrintToString(textOf(row.text)));
-        bool const isHex = row.digits != nullptr;
+        bool const isHex = row.digits != std::string("before");
         _WideString digits(u"before"_w);
-        EXPECT_EQ(_StringUtility::isDecimalWideString(row.text), !isHex);
+        EXPECT_EQ(_StringUtility::isDecimalWideString(row.text), !isHex && row.number != -1);
         EXPECT_EQ(_StringUtility::isHexWideString(row.text, &digits), isHex);
         EXPECT_EQ(_StringUtility::isHexWideString(row.text, nullptr), isHex);
-        EXPECT_EQ(digits.compare(isHex ? row.digits : "before"), 0);
-        EXPECT_EQ(_StringUtility::decWideStringToLong(row.text), isHex ? 0 : row.value);
-        EXPECT_EQ(_StringUtility::hexWideStringToLong(row.text), isHex ? row.value : 0);
-        EXPECT_EQ(_StringUtility::numWideStringToLong(row.text), row.value);
-    }
-    for (unsigned short int const * const text :
-         {u"-5"_w, u"12a"_w, u"\u0661"_w, u"ff"_w, u"x"_w, u"0x"_w, u"X1"_w, u"0x123456789"_w, u"x123456789"_w,
-          u"0x1G"_w, u"0x1@"_w, u"0x\x10"_w, u"00x1"_w, static_cast<unsigned short int const *>(nullptr)}) {
-        SCOPED_TRACE(testing::PrintToString(textOf(text)));
-        EXPECT_FALSE(_StringUtility::isDecimalWideString(text));
-        EXPECT_FALSE(_StringUtility::isHexWideString(text, nullptr));
-        EXPECT_EQ(_StringUtility::decWideStringToLong(text), 0);
-        EXPECT_EQ(_StringUtility::hexWideStringToLong(text), text == nullptr ? -1 : 0);
-        EXPECT_EQ(_StringUtility::numWideStringToLong(text), -1);
+        EXPECT_EQ(digits.compare(row.digits), 0);
+        EXPECT_EQ(_StringUtility::decWideStringToLong(row.text), row.decimal);
+        EXPECT_EQ(_StringUtility::hexWideStringToLong(row.text), row.hex);
+        EXPECT_EQ(_StringUtility::numWideStringToLong(row.text), row.number);
     }
 }
 
 TEST(Numbers, UnitsPrintInHexadecimal) {
-    for (auto const & [unit, expected] :
-         {std::pair(0, "0"), {9, "9"}, {0xA, "a"}, {0x10, "10"}, {0xFFF, "fff"}, {0x1000, "1000"}, {0xBEEF, "beef"}}) {
-        auto const value = static_cast<unsigned short int>(unit);
+    for (auto const & [value, expected] : {std::pair<unsigned short int, char const *>(0, "0"),
+                                           {0xA, "a"},
+                                           {0x10, "10"},
+                                           {0x1000, "1000"},
+                                           {0xBEEF, "beef"}}) {
         EXPECT_STREQ(_StringUtility::wideCharToHexDataString(value), expected);
         EXPECT_EQ(_StringUtility::wideCharToHexWideString(value).compare(expected), 0);
     }
 }
 
-TEST(References, StandForTheirUnit) {
-    std::pair<unsigned short int const *, unsigned short int> const cases[] = {
-        {u"&#65;"_w, 0x41},      {u"&#x41;"_w, 0x41},   {u"&#X41;"_w, 0},      {u"&#9;"_w, 0xFFFF},
-        {u"&#09;"_w, 9},         {u"&#xx;"_w, 0},       {u"&#-1;"_w, 0},       {u"&#x1F600;"_w, 0xF600},
-        {u"&#65535;"_w, 0xFFFF}, {u"&#65601;"_w, 0x41}, {u"&#65;;"_w, 0},      {u"&#x123456789;"_w, 0},
-        {u"&amp;"_w, 0xFFFF},    {u"&#65"_w, 0xFFFF},   {u" &#65;"_w, 0xFFFF}, {nullptr, 0xFFFF}};
-    for (auto const & [text, unit] : cases) {
+TEST(References, AreResolvedAndWritten) {
+    std::pair<unsigned short int const *, unsigned short int> const units[] = {
+        {u"&#x41;"_w, 0x41},      {u"&#X41;"_w, 0},        {u"&#9;"_w, 0xFFFF},   {u"&#-1;"_w, 0},
+        {u"&#x1F600;"_w, 0xF600}, {u"&#65535;"_w, 0xFFFF}, {u"&#65601;"_w, 0x41}, {nullptr, 0xFFFF}};
+    for (auto const & [text, unit] : units) {
         EXPECT_EQ(_StringUtility::wideStringCodeToWideChar(text), unit) << testing::PrintToString(textOf(text));
     }
-}
-
-TEST(References, AreResolvedAndWritten) {
     auto const decode = _StringUtility::operationDecode;
     auto const encode = _StringUtility::operationEncode;
     struct {
@@ -251,15 +220,12 @@ TEST(References, AreResolvedAndWritten) {
         unsigned short int const * text;
         std::u16string expected;
     } const cases[] = {
-        {decode, 127, u"a&#x41;b"_w, u"aAb"},
         {decode, 127, u"a & b; c"_w, u"a  c"},
-        {decode, 127, u"&#233;&#234;"_w, u"\u00E9\u00EA"},
         {decode, 127, u"a&&#65;b"_w, u"ab"},
         {decode, 127, u"&#65;&#66"_w, u"A&#66"},
         // A unit of value 0 is overwritten by what is appended behind it and leaves its place at the end.
         {decode, 127, u"a&#X41;bc&#00;d"_w, std::u16string(u"abcd\0\0", 6)},
-        {encode, 127, u"\x7F\x80\u00E9z"_w, u"\x7F&#x80;&#xe9;z"},
-        {encode, 127, u"eight units and then \uFFFF, \u20AC"_w, u"eight units and then &#xffff;, &#x20ac;"},
+        {encode, 127, u"\x7F\x80\u00E9z and then \uFFFF"_w, u"\x7F&#x80;&#xe9;z and then &#xffff;"},
         {encode, 0x7FFF, u"\u7FFF\u8000"_w, u"\u7FFF&#x8000;"},
     };
     for (auto const & [operation, limit, text, expected] : cases) {
@@ -268,53 +234,28 @@ TEST(References, AreResolvedAndWritten) {
         EXPECT_EQ(textOf(result), expected);
         EXPECT_EQ(result.get_size(), (expected.size() + 1) * 2);
     }
-}
-
-TEST(References, ConversionRefusesAndTakesItsOwnResult) {
-    auto const convert = [](unsigned short int const * text, _WideString & result, int operation) {
-        return _StringUtility::convertWideStringToWideString(
-            text, result, static_cast<_StringUtility::StringOperation>(operation), 127);
-    };
     _WideString result(u"before &#65;"_w);
-    EXPECT_FALSE(convert(nullptr, result, 1));
-    EXPECT_TRUE(convert(result, result, 1));
+    EXPECT_FALSE(_StringUtility::convertWideStringToWideString(nullptr, result, decode, 127));
+    EXPECT_TRUE(_StringUtility::convertWideStringToWideString(result, result, decode, 127));
     EXPECT_EQ(result.compare("before A"), 0);
-    EXPECT_FALSE(convert(u"x"_w, result, 2));
+    auto const other = static_cast<_StringUtility::StringOperation>(2);
+    EXPECT_FALSE(_StringUtility::convertWideStringToWideString(u"x"_w, result, other, 127));
     EXPECT_TRUE(result.isEmpty());
 }
 
-TEST(Conversions, TextsThatAHeapRefusesEndReleased) {
-    std::string const bytes(300, 'a');
-    _WideString const units = wideText(std::u16string(300, u'\u00E9') + u"&#65;");
+TEST(Conversions, SucceedWithAReleasedTextWhereTheHeapRefuses) {
     auto const latin1 = _StringUtility::formatISO8859_1;
     counting_heap::LeakCheck const leaks;
-    using Result = _WideString;
-    std::vector<std::function<bool(Result &)>> const ways{
-        [&](Result & result) { return _StringUtility::convertDataStringToWideString(bytes.c_str(), result, latin1); },
-        [&](Result & result) { return utf8::decodeTo(viewOf(bytes.c_str()), result).fault == utf8::Fault::none; },
-        [&](Result & result) {
-            return _StringUtility::convertWideStringToWideString(units, result, _StringUtility::operationEncode, 127);
-        },
-        [&](Result & result) {
-            return _StringUtility::convertWideStringToWideString(units, result, _StringUtility::operationDecode, 127);
-        }};
-    for (auto const & convert : ways) {
-        bool isServed = false;
-        for (long served = 0; !isServed; ++served) {
-            ASSERT_LT(served, 10);
-            _WideString result(u"before"_w);
-            counting_heap::refuseAfter(served);
-            EXPECT_TRUE(convert(result));
-            counting_heap::serveAll();
-            isServed = result.get_data() != nullptr;
-            EXPECT_EQ(isServed, result.get_length() > 0);
-        }
-    }
-    _DataString result("before");
+    _WideString wide(u"before"_w);
+    _DataString data("before");
+    counting_heap::refuseAfter(0);
+    bool const isDecoded = _StringUtility::convertDataStringToWideString("a\xE9", wide, latin1);
+    counting_heap::serveAll();
     ordinary_allocator::servedBeforeRefusal = 0;
-    bool const isEncoded = _StringUtility::convertWideStringToDataString(units, result, latin1);
+    bool const isEncoded = _StringUtility::convertWideStringToDataString(u"\u00E9"_w, data, latin1);
     ordinary_allocator::servedBeforeRefusal = -1;
-    EXPECT_TRUE(isEncoded && result.get_data() == nullptr && result.get_length() == 0);
+    EXPECT_TRUE(isDecoded && wide.get_data() == nullptr && wide.get_length() == 0);
+    EXPECT_TRUE(isEncoded && data.get_data() == nullptr && data.get_length() == 0);
 }
 
 } // namespace
