@@ -52,36 +52,32 @@ struct Loaded {
 
 constexpr int ways = 3;
 
-struct LoadCase {
-    std::string bytes;
-    Format format;
-    std::optional<std::string> data;    ///< nothing where the string isn't touched
-    std::optional<std::u16string> wide; ///< likewise
-    std::string calls = {};             ///< those that a stream of the client sees, where they are told
-};
-
-LoadCase const loadCases[] = {
-    {std::string("\xFF\xFE\x41\0", 4), _StringUtility::formatUnicode, std::nullopt, u"A"},
-    {"\xFF\xFE\x41\x42\x43", _StringUtility::formatUnicode, std::nullopt, u"\x4241", "r3 b2 c0 e0 b2 r3 "},
-    {std::string("\xFF\xFE\x41\0\0\0\x42\0", 8), _StringUtility::formatUnicode, std::nullopt, u"A"},
-    {"\xFF\xFE!", _StringUtility::formatUnicode, std::nullopt, u""},
-    {std::string("\xFE\xFF\0\x41\x20\xAC", 6), _StringUtility::formatUnicodeBigEndian, std::nullopt, u"A\u20AC",
-     "r3 b2 c0 e0 b2 r4 "},
-    {"\xEF\xBB\xBF", _StringUtility::formatUTF8, "", std::nullopt, "r3 b3 c0 e0 b3 "},
-    {"\xEF\xBB\xBF\xC3\xA9\xFF", _StringUtility::formatUTF8, "\xC3\xA9\xFF", std::nullopt, "r3 b3 c0 e0 b3 r3 "},
-    {std::string("\xEF\xBB\xBFz\0z", 6), _StringUtility::formatUTF8, "z", std::nullopt},
-    {"\xEF\xBB\x41", _StringUtility::formatUnknown, "\xEF\xBB\x41", u"\xBBEF"},
-    {"\xFF\xFF\xFE", _StringUtility::formatUnknown, "\xFF\xFF\xFE", u"\xFFFF"},
-    {"text", _StringUtility::formatUnknown, "text", u"\x6574\x7478", "r3 c0 e0 b3 b0 r4 b0 r4 "},
-    {std::string("a\0b\0c", 5), _StringUtility::formatUnknown, "a", u"ab"},
-    {std::string("\0\0\0", 3), _StringUtility::formatUnknown, "", u""},
-    {"", _StringUtility::formatASCII, std::nullopt, std::nullopt, "r3 "},
-    {"a", _StringUtility::formatASCII, std::nullopt, std::nullopt},
-    {"\xFF\xFE", _StringUtility::formatASCII, std::nullopt, std::nullopt},
-};
-
 TEST(TextFiles, LoadTellsTheMarkAndTheReadings) {
-    for (LoadCase const & row : loadCases) {
+    struct {
+        std::string bytes;
+        Format format;
+        std::optional<std::string> data;    ///< nothing where the string isn't touched
+        std::optional<std::u16string> wide; ///< likewise
+        std::string calls = {};             ///< those that a stream of the client sees, where they are told
+    } const rows[] = {
+        {"\xFF\xFE\x41\x42\x43", _StringUtility::formatUnicode, {}, u"\x4241", "r3 b2 c0 e0 b2 r3 "},
+        {std::string("\xFF\xFE\x41\0\0\0\x42\0", 8), _StringUtility::formatUnicode, {}, u"A"},
+        {std::string("\xFE\xFF\0\x41\x20\xAC", 6),
+         _StringUtility::formatUnicodeBigEndian,
+         {},
+         u"A\u20AC",
+         "r3 b2 c0 e0 b2 r4 "},
+        {"\xEF\xBB\xBF", _StringUtility::formatUTF8, "", {}, "r3 b3 c0 e0 b3 "},
+        {"\xEF\xBB\xBF\xC3\xA9\xFF", _StringUtility::formatUTF8, "\xC3\xA9\xFF", {}, "r3 b3 c0 e0 b3 r3 "},
+        {std::string("\xEF\xBB\xBFz\0z", 6), _StringUtility::formatUTF8, "z", {}},
+        {"\xEF\xBB\x41", _StringUtility::formatUnknown, "\xEF\xBB\x41", u"\xBBEF"},
+        {"text", _StringUtility::formatUnknown, "text", u"\x6574\x7478", "r3 c0 e0 b3 b0 r4 b0 r4 "},
+        {std::string("a\0b\0c", 5), _StringUtility::formatUnknown, "a", u"ab"},
+        {std::string("\0\0\0", 3), _StringUtility::formatUnknown, "", u""},
+        {"", _StringUtility::formatASCII, {}, {}, "r3 "},
+        {"\xFF\xFE", _StringUtility::formatASCII, {}, {}},
+    };
+    for (auto const & row : rows) {
         bool const isShort = row.bytes.size() < 3;
         for (int way = 0; way < ways; ++way) {
             SCOPED_TRACE(testing::PrintToString(row.bytes) + std::to_string(way));
@@ -99,40 +95,37 @@ TEST(TextFiles, LoadTellsTheMarkAndTheReadings) {
     EXPECT_TRUE(fails([] { Loaded().fromBlock(nullptr, 9); }));
 }
 
-/// Reads well so many times, then comes up short.
-class BreakingStream : public RecordingStream {
-public:
-    BreakingStream(std::string const & text, int count) : RecordingStream(text), reads(count) {}
-
-    std::int32_t read(void * buffer, std::int32_t count) override {
-        return --reads < 0 ? 0 : RecordingStream::read(buffer, count);
-    }
-
-private:
-    int reads;
-};
-
 TEST(TextFiles, StreamsThatBreakOffLeaveWhatCameBefore) {
+    struct BreakingStream : RecordingStream {
+        using RecordingStream::RecordingStream;
+        std::int32_t read(void * buffer, std::int32_t count) override {
+            return --readsLeft < 0 ? 0 : RecordingStream::read(buffer, count);
+        }
+        int readsLeft = 0;
+    };
     long const liveAtFirst = ordinary_allocator::liveBlocks;
-    for (std::string const start : {"\xFF\xFE", "\xEF\xBB\xBF", "no"}) {
+    struct {
+        std::string bytes;
+        int reads;
+        char const * data;
+    } const rows[] = {{"\xFF\xFEplain", 1, "data"},
+                      {"\xEF\xBB\xBFplain", 1, "data"},
+                      {"noplain", 1, "data"},
+                      {"plain", 2, "plain"}}; // the third read is the one of the wide text
+    for (auto const & [bytes, reads, data] : rows) {
         counting_heap::LeakCheck const leaks;
         Loaded loaded;
-        BreakingStream stream(start + "plain", 1);
+        BreakingStream stream(bytes);
+        stream.readsLeft = reads;
         EXPECT_TRUE(fails([&] { loaded.fromStream(stream); }));
-        EXPECT_EQ(textOf(loaded.data), "data");
+        EXPECT_EQ(textOf(loaded.data), data);
         EXPECT_EQ(textOf(loaded.wide), u"wide");
+        EXPECT_EQ(loaded.error, _StringUtility::utilErrorConversion);
     }
     EXPECT_EQ(ordinary_allocator::liveBlocks, liveAtFirst);
 
-    Loaded loaded;
-    BreakingStream stream("plain", 2); // the third read is the one of the wide text
-    EXPECT_TRUE(fails([&] { loaded.fromStream(stream); }));
-    EXPECT_EQ(loaded.format, _StringUtility::formatUnknown);
-    EXPECT_EQ(textOf(loaded.data), "plain");
-    EXPECT_EQ(textOf(loaded.wide), u"wide");
-    EXPECT_EQ(loaded.error, _StringUtility::utilErrorConversion);
-
     // A stream that cannot tell its size reads as a negative count, which no stream moves.
+    Loaded loaded;
     RecordingStream unsized("\xFF\xFEplain");
     unsized.seekable = false;
     EXPECT_TRUE(fails([&] { loaded.fromStream(unsized); }));
@@ -160,32 +153,24 @@ TEST(TextFiles, MissingFilesAreTold) {
     Loaded loaded;
     EXPECT_FALSE(loaded.fromFile(name));
     EXPECT_EQ(loaded.error, _StringUtility::utilErrorFileNotFound);
-    EXPECT_EQ(loaded.format, _StringUtility::formatISO8859_9);
     EXPECT_EQ(_StringUtility::loadDataStringFromFile(name, loaded.data), _StringUtility::utilErrorFileNotFound);
     EXPECT_EQ(_StringUtility::loadWideStringFromFile(name, loaded.wide), _StringUtility::utilErrorFileNotFound);
+    EXPECT_EQ(loaded.format, _StringUtility::formatISO8859_9);
     EXPECT_EQ(textOf(loaded.data), "data");
     EXPECT_EQ(textOf(loaded.wide), u"wide");
-    LoadedText text;
-    EXPECT_EQ(loadTextFile(name, text), TextLoading::fileNotFound);
 }
 
 TEST(TextFiles, WholeFilesLoadWithTheirMark) {
     TemporaryFolder const folder;
-    struct {
-        std::string bytes;
-        std::string data;
-        std::u16string wide;
-    } const cases[] = {{"", "", u""},
-                       {"a", "a", u""},
-                       {"\xEF\xBB\xBF!", "\xEF\xBB\xBF!", u"\xBBEF\x21BF"},
-                       {std::string("\xFF\xFE\x41\0\x42", 5), "\xFF\xFE\x41", u"\xFEFF\x41"}};
-    for (auto const & row : cases) {
-        FileName const name = folder.put("text", row.bytes);
+    std::pair<std::string, std::u16string> const cases[] = {
+        {"", u""}, {"a", u""}, {"\xEF\xBB\xBF!", u"\xBBEF\x21BF"}, {"\xFF\xFE\x41\x42\x43", u"\xFEFF\x4241"}};
+    for (auto const & [bytes, units] : cases) {
+        FileName const name = folder.put("text", bytes);
         Loaded loaded;
         EXPECT_EQ(_StringUtility::loadDataStringFromFile(name, loaded.data), _StringUtility::utilErrorNone);
         EXPECT_EQ(_StringUtility::loadWideStringFromFile(name, loaded.wide), _StringUtility::utilErrorNone);
-        EXPECT_EQ(textOf(loaded.data), row.data);
-        EXPECT_EQ(textOf(loaded.wide), row.wide);
+        EXPECT_EQ(textOf(loaded.data), bytes);
+        EXPECT_EQ(textOf(loaded.wide), units);
         EXPECT_TRUE(loaded.data.get_data() != nullptr && loaded.wide.get_data() != nullptr);
     }
 }
@@ -194,32 +179,24 @@ TEST(TextFiles, SavesWriteTheMarkAndOrderOfTheFormat) {
     TemporaryFolder const folder;
     std::string const little("\x41\0\xAC\x20", 4);
     std::string const big("\0\x41\x20\xAC", 4);
-    std::map<int, std::string> const wideFiles = {
-        {4, little},  {5, "\xFF\xFE" + little},  {6, big},  {7, "\xFE\xFF" + big},
-        {10, little}, {11, "\xFF\xFE" + little}, {12, big}, {13, "\xFE\xFF" + big},
-        {14, little}, {15, "\xFF\xFE" + little}};
-    std::map<int, std::string> const dataFiles = {{0, "text"}, {1, "text"}, {2, "text"},
-                                                  {3, "text"}, {8, "text"}, {9, "\xEF\xBB\xBFtext"}};
-    auto expected = [](std::map<int, std::string> const & files, int format) {
-        auto const file = files.find(format);
-        return file == files.end() ? std::string() : file->second;
-    };
+    std::map<int, std::string> wideFiles = {{4, little},  {5, "\xFF\xFE" + little},  {6, big},  {7, "\xFE\xFF" + big},
+                                            {10, little}, {11, "\xFF\xFE" + little}, {12, big}, {13, "\xFE\xFF" + big},
+                                            {14, little}, {15, "\xFF\xFE" + little}};
+    std::map<int, std::string> dataFiles = {{0, "text"}, {1, "text"}, {2, "text"},
+                                            {3, "text"}, {8, "text"}, {9, "\xEF\xBB\xBFtext"}};
     for (int number = -1; number <= 31; ++number) {
         SCOPED_TRACE(number);
         auto const format = static_cast<Format>(number);
         FileName const name = folder.put("saved", "former and longer contents");
         EXPECT_TRUE(_StringUtility::saveWideStringToFile(name, u"A\u20AC"_w, format));
-        EXPECT_EQ(folder.get("saved"), expected(wideFiles, number));
+        EXPECT_EQ(folder.get("saved"), wideFiles[number]);
         EXPECT_TRUE(_StringUtility::saveDataStringToFile(name, "text", format));
-        EXPECT_EQ(folder.get("saved"), expected(dataFiles, number));
+        EXPECT_EQ(folder.get("saved"), dataFiles[number]);
         FileName const none = folder.name("none");
         EXPECT_FALSE(_StringUtility::saveWideStringToFile(none, nullptr, format));
         EXPECT_FALSE(_StringUtility::saveDataStringToFile(none, nullptr, format));
         EXPECT_FALSE(std::filesystem::exists(folder.path("none")));
     }
-    FileName const name = folder.name("text");
-    EXPECT_TRUE(_StringUtility::saveWideStringToFile(name, u""_w, _StringUtility::formatUnicodeBigEndian));
-    EXPECT_EQ(folder.get("text"), "\xFE\xFF");
     EXPECT_TRUE(fails([] { _StringUtility::saveWideStringToFile(u""_w, u"x"_w, _StringUtility::formatUnicode); }));
     EXPECT_TRUE(fails([] { _StringUtility::saveDataStringToFile(u""_w, "x", _StringUtility::formatUTF8); }));
 }
@@ -234,8 +211,7 @@ TEST(TextFiles, LongTextsComeBack) {
     _WideString const text = wideText(units);
     for (Format const format : {_StringUtility::formatUnicode, _StringUtility::formatUnicodeBigEndian}) {
         Loaded loaded;
-        EXPECT_TRUE(_StringUtility::saveWideStringToFile(name, text, format));
-        EXPECT_TRUE(loaded.fromFile(name));
+        EXPECT_TRUE(_StringUtility::saveWideStringToFile(name, text, format) && loaded.fromFile(name));
         EXPECT_EQ(loaded.format, format);
         EXPECT_EQ(loaded.wide.compareStr(text), 0);
     }
@@ -252,8 +228,8 @@ TEST(TextFiles, ABlockMayLieInTheResults) {
     Loaded loaded;
     loaded.data = "plain text";
     for (bool const isWide : {false, true}) {
-        EXPECT_TRUE(
-            loaded.fromBlock(isWide ? static_cast<void *>(loaded.wide.get_data()) : loaded.data.get_data(), 10));
+        void const * const block = isWide ? static_cast<void *>(loaded.wide.get_data()) : loaded.data.get_data();
+        EXPECT_TRUE(loaded.fromBlock(block, 10));
         EXPECT_EQ(textOf(loaded.data), "plain text");
         EXPECT_EQ(textOf(loaded.wide), u"\x6C70\x6961\x206E\x6574\x7478");
     }
@@ -261,7 +237,7 @@ TEST(TextFiles, ABlockMayLieInTheResults) {
 
 TEST(TextFiles, TextsThatAHeapRefusesFailTheLoad) {
     for (std::string const & bytes : {"\xFF\xFE" + std::string(300, 'u'), "\xEF\xBB\xBF" + std::string(300, 'd'),
-                                      std::string(300, 'b'), std::string(200, 'b') + '\0' + std::string(99, 'b')}) {
+                                      std::string(200, 'b') + '\0' + std::string(99, 'b')}) {
         for (int round = 0; round < 2 * ways; ++round) {
             long const liveAtFirst = ordinary_allocator::liveBlocks;
             bool isLoaded = false;
@@ -276,7 +252,6 @@ TEST(TextFiles, TextsThatAHeapRefusesFailTheLoad) {
                 counting_heap::serveAll();
                 ordinary_allocator::servedBeforeRefusal = -1;
                 EXPECT_EQ(loaded.error, isLoaded ? _StringUtility::utilErrorNone : _StringUtility::utilErrorConversion);
-                EXPECT_TRUE(!isLoaded || (loaded.data.get_data() != nullptr && loaded.wide.get_data() != nullptr));
             }
             EXPECT_EQ(ordinary_allocator::liveBlocks, liveAtFirst);
         }
