@@ -51,11 +51,9 @@ TEST_F(Files, LoadIdentifiesTheCharsetAndDecodes) {
         {"UTF-16 mark, upper case", utf16Mark + unitBytes(wide(u"UTF-8")), 2, "\\x20ac"},
         {"UTF-16 mark, lowest first", utf16Mark + unitBytes(wide(u"iso-8859-15")), 5, "\\x20ac"},
         {"UTF-16 mark, second declaration", utf16Mark + unitBytes(u"<?xml a?><?xml b='big5'?><a>x</a>"), 23, "x"},
-        {"UTF-16 mark, odd byte", utf16Mark + unitBytes(u"<a>x</a>") + "y", 2, "x"},
         {"big-endian mark", bigMark + unitBytes(wide(u"shift_jis"), true), 21, "\\x20ac"},
         {"bytes, highest first", declared("ISO-8859-15", "\xA4"), 19, "\\x20ac"},
         {"bytes, beginning of the name", declared("iso-8859-1", "\xA4"), 5, "\\x00a4"},
-        {"bytes, none named", declared("gb2312", "\xC3\xA9"), 1, "\\x00e9"},
         {"bytes, only the first declaration", "<?xml a?><?xml b='us-ascii'?><a>\xC3\xA9</a>", 1, "\\x00e9"},
         {"bytes, end before begin", "<?p?><?xml b='us-ascii'?><a>\xC3\xA9</a>", 1, "\\x00e9"},
         {"bytes, malformed", declared("utf-8", "\x80"), 1, "!utf-8 convertion error"},
@@ -63,7 +61,6 @@ TEST_F(Files, LoadIdentifiesTheCharsetAndDecodes) {
         {"bytes declare UTF-16", declared("utf-16", "x"), 2, "!loadFromString:no nodes"},
         {"units, in any case", unitBytes(wide(u"UTF-16")), 2, "\\x20ac"},
         {"units, lowest first", unitBytes(wide(u"ISO-8859-15")), 5, "!loadFromString:no nodes"},
-        {"units, none named", unitBytes(u"<?xml version='1.0'?><a>x</a>"), 1, "!loadFromString:no nodes"},
         {"units, second declaration", unitBytes(u"?><?xml a?><?xml b='Utf-16'?>"), 2, "!loadFromString:no nodes"},
         {"no file", "", 27, "!binary stream error"},
     };
@@ -174,24 +171,21 @@ TEST_F(Files, SavingAnEmptyOrRefusedDocument) {
 }
 
 TEST_F(Files, ADocumentComesBackWithAMarkAndItsDeclaration) {
-    FileName const name = folder.put("doc", "<!--c--><?xml version='1.0' encoding='ISO-8859-1' x?>\n<a  b='\xC3\xA9'\n>"
-                                            "&#8364;&lt;<c/>lost</a><d/>");
-    folder.put("doc", utf8Mark + folder.get("doc"));
+    FileName const name = folder.put("doc", utf8Mark
+                                                + "<!--c--><?xml version='1.0' encoding='ISO-8859-1' x?>\n"
+                                                  "<a  b='\xC3\xA9'\n>&#8364;&lt;<c/>lost</a><d/>");
     DOM::_XMLDocument document;
     document.set_version(u"kept"_w);
     document.set_standalone(false);
     _WideString error;
     ASSERT_TRUE(document.loadFromFile(name, error));
-    EXPECT_EQ(units(document.get_version()), u"kept");
-    EXPECT_FALSE(document.get_standalone());
+    EXPECT_EQ(settings(document), "\"|  |\\x000d\\x000a|1|no|kept");
     EXPECT_TRUE(document.saveToFile(name, error));
     EXPECT_EQ(folder.get("doc"),
               utf8Mark + "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\r\n<a b=\"\">\r\n  <c/>\r\n</a>\r\n");
     document.set_encoding(DOM::charsetUSASCII);
-    document.getRoot()->addElement(u"e"_w, u"\u00E9"_w);
     EXPECT_TRUE(document.saveToFile(name, error));
-    EXPECT_EQ(folder.get("doc"), "<?xml version=\"1.0\" encoding=\"us-ascii\"?>\r\n<a b=\"\">\r\n  <c/>\r\n"
-                                 "  <e>&#xe9;</e>\r\n</a>\r\n");
+    EXPECT_EQ(folder.get("doc"), "<?xml version=\"1.0\" encoding=\"us-ascii\"?>\r\n<a b=\"\">\r\n  <c/>\r\n</a>\r\n");
 }
 
 TEST_F(Files, FindsDeclarationsInBytesAndUnits) {
