@@ -178,6 +178,7 @@ TEST(Numbers, AreReadByTheirGrammar) {
                       {u"0XaF"_w, "af", 0, 0xAF, 0xAF},
                       {u"xFFFFFFFF"_w, "ffffffff", 0, -1, -1},
                       {u"0x123456789"_w, "before", 0, 0, -1},
+                      {u"0x1G"_w, "before", 0, 0, -1},
                       {u"-5"_w, "before", 0, 0, -1},
                       {nullptr, "before", 0, -1, -1}};
     for (auto const & row : rows) {
@@ -207,8 +208,9 @@ TEST(Numbers, UnitsPrintInHexadecimal) {
 
 TEST(References, AreResolvedAndWritten) {
     std::pair<unsigned short int const *, unsigned short int> const units[] = {
-        {u"&#x41;"_w, 0x41},      {u"&#X41;"_w, 0},        {u"&#9;"_w, 0xFFFF},   {u"&#-1;"_w, 0},
-        {u"&#x1F600;"_w, 0xF600}, {u"&#65535;"_w, 0xFFFF}, {u"&#65601;"_w, 0x41}, {nullptr, 0xFFFF}};
+        {u"&#x41;"_w, 0x41},   {u"&#X41;"_w, 0},         {u"&#9;"_w, 0xFFFF},
+        {u"&#-1;"_w, 0},       {u"&#x1F600;"_w, 0xF600}, {u"&#65535;"_w, 0xFFFF},
+        {u"&#65601;"_w, 0x41}, {u"&amp;"_w, 0xFFFF},     {nullptr, 0xFFFF}};
     for (auto const & [text, unit] : units) {
         EXPECT_EQ(_StringUtility::wideStringCodeToWideChar(text), unit) << testing::PrintToString(textOf(text));
     }

@@ -45,6 +45,23 @@ std::u16string shown(_WideStringArray const & words) {
     return all;
 }
 
+TEST(WideStringParser, CutsTagsUpToAStrayEnd) {
+    struct {
+        char16_t const * text;
+        _WideStringParser::DocType type;
+        int pieces, position;
+    } const rows[] = {{u"<a> > <b>", xml, 1, 5},
+                      {u"<![CDATA[a>b]]>c<d>", xml, 3, 19},
+                      {u"<![CDATA[a>b]]>c<d>", static_cast<_WideStringParser::DocType>(0), 1, 15},
+                      {u"<!DOCTYPE a [<!X>]><b>", xml, 2, 22}};
+    for (auto const & row : rows) {
+        _WideStringParser parser = parserOf(row.text);
+        _WideTagArray tags;
+        EXPECT_EQ(parser.parseTags(&tags, row.type, true), row.pieces) << testing::PrintToString(row.text);
+        EXPECT_EQ(parser.get_position(), row.position) << testing::PrintToString(row.text);
+    }
+}
+
 TEST(WideStringParser, FindsReferencesAndLines) {
     struct {
         std::u16string text;
@@ -86,7 +103,8 @@ TEST(WideStringParser, MovesItsPosition) {
     EXPECT_EQ(parser.nextString(u"a"_w), -1);
     EXPECT_TRUE(parser.skipBlank());
     EXPECT_FALSE(parser.skipBlank());
-    parser.offset(1);
+    parser.decrement();
+    parser.offset(2);
     EXPECT_EQ(parser.nextChar(), 0xFFFF);
     parser.increment();
     _WideStringParser const copy(parser);

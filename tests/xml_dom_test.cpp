@@ -44,6 +44,7 @@ using WatchedText = Watched<DOM::_XMLText>;
 TEST_F(Model, ResetGivesANewDocumentButForTheLineSettings) {
     DOM::_XMLDocument document;
     EXPECT_EQ(settings(document), "\"|  |\\x000d\\x000a|1|yes|1.0");
+    EXPECT_FALSE(document.hasRoot());
     _Container * const nodes = document.get_childNodes();
     document.set_lineQuote(u"q"_w);
     document.set_lineSpace(u"s"_w);

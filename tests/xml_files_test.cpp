@@ -54,6 +54,7 @@ TEST_F(Files, LoadIdentifiesTheCharsetAndDecodes) {
         {"big-endian mark", bigMark + unitBytes(wide(u"shift_jis"), true), 21, "\\x20ac"},
         {"bytes, highest first", declared("ISO-8859-15", "\xA4"), 19, "\\x20ac"},
         {"bytes, beginning of the name", declared("iso-8859-1", "\xA4"), 5, "\\x00a4"},
+        {"bytes, no declaration", "<a>\xC3\xA9</a>", 1, "\\x00e9"},
         {"bytes, only the first declaration", "<?xml a?><?xml b='us-ascii'?><a>\xC3\xA9</a>", 1, "\\x00e9"},
         {"bytes, end before begin", "<?p?><?xml b='us-ascii'?><a>\xC3\xA9</a>", 1, "\\x00e9"},
         {"bytes, malformed", declared("utf-8", "\x80"), 1, "!utf-8 convertion error"},
