@@ -1,12 +1,14 @@
 #include "xml_support.h"
 
 #include <algorithm>
+#include <functional>
 #include <morvane/core/literals.h>
 #include <morvane/strings/wide_string_array.h>
 #include <morvane/strings/wide_tag.h>
 #include <morvane/strings/wide_tag_array.h>
 #include <morvane/xml/printed_text.h>
 #include <morvane/xml/tree_builder.h>
+#include <pthread.h>
 
 namespace {
 
@@ -189,7 +191,21 @@ TEST_F(Reader, TakesVeryManyAttributesAndSiblings) {
     EXPECT_EQ(shownNode(*root.getNode(99999)), "a[b=1](\"t\")");
 }
 
-// A frame a level would pass every usual stack.
+/// Runs `work` on a thread of its own with a stack of 256 KiB.
+void runOnSmallStack(std::function<void()> work) {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 256 * 1024), 0);
+    pthread_t thread;
+    auto const start = [](void * task) -> void * {
+        (*static_cast<std::function<void()> *>(task))();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, start, &work), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+
 TEST_F(Reader, DepthTakesNoStack) {
     constexpr std::uint32_t depth = 1000000;
     std::u16string unclosed;
@@ -198,17 +214,19 @@ TEST_F(Reader, DepthTakesNoStack) {
         unclosed += u"<a>";
         ends += u"</a>";
     }
-    DOM::_XMLDocument document;
-    document.set_lineSpace(u""_w);
-    document.set_lineTermination(u""_w);
-    for (std::u16string const & text : {unclosed + ends, unclosed}) {
-        _WideString error;
-        ASSERT_TRUE(document.loadFromString(Units(text), error));
-        _WideString const printed = document.toFormatString();
-        // The innermost prints as an empty element, in four units.
-        ASSERT_EQ(printed.get_length(), (depth - 1) * 7 + 4);
-        EXPECT_EQ(units(printed.mid((depth - 2) * 3, 11)), u"<a><a/></a>");
-    }
+    runOnSmallStack([&] {
+        DOM::_XMLDocument document;
+        document.set_lineSpace(u""_w);
+        document.set_lineTermination(u""_w);
+        for (std::u16string const & text : {unclosed + ends, unclosed}) {
+            _WideString error;
+            ASSERT_TRUE(document.loadFromString(Units(text), error));
+            _WideString const printed = document.toFormatString();
+            // The innermost prints as an empty element, in four units.
+            ASSERT_EQ(printed.get_length(), (depth - 1) * 7 + 4);
+            EXPECT_EQ(units(printed.mid((depth - 2) * 3, 11)), u"<a><a/></a>");
+        }
+    });
 }
 
 TEST(PrintedText, CopiesUpToTheFirstZeroAtAnyLength) {
