@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <latch>
 #include <morvane/core/memory.h>
 #include <morvane/platform/process_heap.h>
 #include <morvane/platform/tick_count.h>
@@ -86,10 +85,9 @@ TEST(Heap, HandsBlocksOutInAddressOrderHoweverTheyCameBack) {
     freeAll(blocks);
     blocks = takeMany(5000, 72);
     int steps = 0;
-    std::adjacent_find(blocks.begin(), blocks.end(), [&steps](void * block, void * next) {
-        steps += next < block ? 1 : 0;
-        return false;
-    });
+    for (std::size_t index = 1; index < blocks.size(); ++index) {
+        steps += blocks[index] < blocks[index - 1] ? 1 : 0;
+    }
     EXPECT_LE(steps, 6) << "addresses go back at the end of a page at most";
     freeAll(blocks);
 }
@@ -171,7 +169,7 @@ TEST(Heap, ReusesWhatOtherThreadsFreeOrLeave) {
 
 TEST(Heap, KeepsTheCountsOfMoreThreadsThanHaveANumber) {
     _Memory memory;
-    for (std::uint32_t number = 0; number < 3 * (mostThreadNumber + 5); number += mostThreadNumber + 5) {
+    for (int round = 0; round < 3; ++round) {
         std::vector<std::jthread> threads(mostThreadNumber + 5);
         for (std::jthread & thread : threads) {
             thread = std::jthread([&memory] {
@@ -183,36 +181,6 @@ TEST(Heap, KeepsTheCountsOfMoreThreadsThanHaveANumber) {
     }
     EXPECT_EQ(memory.heapAllocationCount(), 72000);
     EXPECT_EQ(memory.heapUnallocationCount(), 72000);
-}
-
-TEST(Heap, LetsThreadsTradeBlocks) {
-    std::vector<std::atomic<Block *>> exchange(4096);
-    std::latch start(4);
-    std::atomic<int> damaged{0};
-    auto const check = [&damaged](Block * block) {
-        if (block != nullptr) {
-            damaged += holds(*block, block->mark) ? 0 : 1;
-            freeAll({block->bytes, block});
-        }
-    };
-    std::vector<std::jthread> workers;
-    for (unsigned number = 0; number < 4; ++number) {
-        workers.emplace_back([&, number] {
-            std::mt19937 random(number);
-            start.arrive_and_wait();
-            for (int step = 0; step < 40000; ++step) {
-                std::size_t const count = random() % 300 + sizeof(Block);
-                auto const mark = static_cast<unsigned char>(random());
-                auto * const bytes = static_cast<unsigned char *>(segmentAllocate(count, false));
-                std::memset(bytes, mark, count);
-                auto * const block = new (segmentAllocate(sizeof(Block), false)) Block{bytes, count, mark};
-                check(exchange[random() % exchange.size()].exchange(block));
-            }
-        });
-    }
-    workers.clear();
-    std::for_each(exchange.begin(), exchange.end(), check);
-    EXPECT_EQ(damaged, 0);
 }
 
 TEST(Heap, WorksOnInTheChildOfAFork) {

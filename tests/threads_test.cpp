@@ -1,4 +1,5 @@
 // Pools for all threads at once, and objects that belong to one thread at a time but go from thread to thread.
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstring>
@@ -50,21 +51,29 @@ void runInThreads(std::function<void(unsigned)> const & work) {
     }
 }
 
-TEST(Threads, HandBlocksOfThePoolsToEachOther) {
-    std::array<Mailbox<std::pair<unsigned char *, std::uint32_t>>, threadCount> mailboxes;
+struct Block {
+    unsigned char * bytes;
+    std::uint32_t size;
+    bool isOfPools;
+};
+
+TEST(Threads, HandBlocksOfThePoolsAndOfTheHeapToEachOther) {
+    _MemoryManager & manager = *globalMemoryManager;
+    std::array<Mailbox<Block>, threadCount> mailboxes;
     std::atomic<int> damaged{0};
     auto const giveBack = [&](unsigned number) {
-        for (auto const & [bytes, size] : mailboxes[number].takeAll()) {
-            damaged += bytes[0] == size % 251 && bytes[size - 1] == size % 251 ? 0 : 1;
-            globalMemoryManager->fastUnallocate(bytes);
+        for (auto const & [bytes, size, isOfPools] : mailboxes[number].takeAll()) {
+            damaged += std::count(bytes, bytes + size, size % 251) == size ? 0 : 1;
+            isOfPools ? manager.fastUnallocate(bytes) : manager.heapUnallocate(bytes);
         }
     };
     runInThreads([&](unsigned number) {
-        for (std::uint32_t round = 0; round < 20000; ++round) {
+        for (std::uint32_t round = 0; round < 40000; ++round) {
             std::uint32_t const size = round * 37 % 1500 + 1;
-            auto * const bytes = static_cast<unsigned char *>(globalMemoryManager->fastAllocate(size, false));
+            bool const isOfPools = round % 2 == 0;
+            void * const bytes = isOfPools ? manager.fastAllocate(size, false) : manager.heapAllocate(size, false);
             std::memset(bytes, static_cast<int>(size % 251), size);
-            mailboxes[(number + round) % threadCount].put({bytes, size});
+            mailboxes[(number + round / 2) % threadCount].put({static_cast<unsigned char *>(bytes), size, isOfPools});
             giveBack(number);
         }
     });
