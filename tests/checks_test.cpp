@@ -13,11 +13,22 @@ using namespace morvane::literals;
 
 namespace {
 
-struct WrongProgram {
-    char const * does;
-    void (*run)();
-    char const * heard;
+/// What the wrong programs are made of.
+struct Pools {
+    _MemoryBlock pool{16, 4};
+    _MemoryBlock other{16, 4};
+    _MemoryBlock narrow{16, 1};
+    void * unit = pool.allocate(false);
 };
+
+void releaseTwice(_MemoryBlock & pool, void * unit) {
+    pool.unallocate(unit);
+    pool.unallocate(unit);
+}
+
+void loseLibrary() {
+    morvane::libraryEntry(nullptr, morvane::processDetach, nullptr);
+}
 
 char const twice[] = "misuse: a unit was released twice";
 char const notHeld[] = "misuse: a pointer was released to a pool that does not hold it";
@@ -26,89 +37,59 @@ char const notAUnit[] = "misuse: a pointer was released that is not the beginnin
 char const writtenPast[] = "misuse: a unit was written past its end";
 char const tooLate[] = "misuse: a text or another block was used after the library went down";
 
-void loseLibrary() {
-    morvane::libraryEntry(nullptr, morvane::processDetach, nullptr);
-}
-
-WrongProgram const wrongPrograms[]{
-    {"releases a unit twice",
-     [] {
-         _MemoryBlock pool(16, 4);
-         void * const units[]{pool.allocate(false), pool.allocate(false)};
-         pool.unallocate(units[0]);
-         pool.unallocate(units[0]);
-     },
-     twice},
-    {"releases a block of the manager twice",
-     [] {
+struct {
+    char const * does;
+    char const * heard;
+    void (*run)(Pools & pools);
+} const wrongPrograms[]{
+    {"releases a unit twice", twice,
+     [](Pools & pools) {
+         pools.pool.allocate(false);
+         releaseTwice(pools.pool, pools.unit);
+     }},
+    {"releases a block of the manager twice", twice,
+     [](Pools &) {
          void * const block = globalMemoryManager->fastAllocate(40, false);
          globalMemoryManager->fastUnallocate(block);
          globalMemoryManager->fastUnallocate(block);
-     },
-     twice},
-    {"releases a unit again whose node is gone",
-     [] {
-         _MemoryBlock pool(16, 1);
-         pool.allocate(false);
-         void * const unit = pool.allocate(false);
-         pool.unallocate(unit);
-         pool.unallocate(unit);
-     },
-     notHeld},
-    {"releases to another pool",
-     [] {
-         _MemoryBlock pool(16, 4);
-         _MemoryBlock other(16, 4);
-         other.unallocate(pool.allocate(false));
-     },
-     notHeld},
-    {"releases to another manager",
-     [] {
-         _MemoryManager manager;
-         globalMemoryManager->fastUnallocate(manager.fastAllocate(40, false));
-     },
-     notHeld},
-    {"releases what is no block",
-     [] {
+     }},
+    {"releases a unit again whose node is gone", notHeld,
+     [](Pools & pools) {
+         pools.narrow.allocate(false);
+         releaseTwice(pools.narrow, pools.narrow.allocate(false));
+     }},
+    {"releases to another pool", notHeld, [](Pools & pools) { pools.other.unallocate(pools.unit); }},
+    {"releases to another manager", notHeld,
+     [](Pools &) { globalMemoryManager->fastUnallocate(_MemoryManager().fastAllocate(40, false)); }},
+    {"releases what is no block", notGiven,
+     [](Pools &) {
          char block[32]{};
          globalMemoryManager->fastUnallocate(block + 16);
-     },
-     notGiven},
-    {"releases the middle of a unit",
-     [] {
-         _MemoryBlock pool(32, 4);
-         pool.unallocate(static_cast<char *>(pool.allocate(true)) + 16);
-     },
-     notAUnit},
-    {"writes past a unit and releases it",
-     [] {
-         _MemoryBlock pool(16, 4);
-         pool.unallocate(std::memset(pool.allocate(false), 'x', 17));
-     },
-     writtenPast},
-    {"writes past a unit whose pool goes",
-     [] {
-         _MemoryBlock pool(16, 4);
-         std::memset(pool.allocate(false), 'x', 17);
-     },
-     writtenPast},
-    {"makes a text too late",
-     [] {
+     }},
+    {"releases the middle of a unit", notAUnit,
+     [](Pools & pools) { pools.pool.unallocate(static_cast<char *>(pools.pool.allocate(true)) + 8); }},
+    {"writes past a unit and releases it", writtenPast,
+     [](Pools & pools) { pools.pool.unallocate(std::memset(pools.unit, 'x', 17)); }},
+    {"writes past a unit whose pool goes", writtenPast, [](Pools & pools) { std::memset(pools.unit, 'x', 17); }},
+    {"makes a text too late", tooLate,
+     [](Pools &) {
          loseLibrary();
          _WideString const text(u"late"_w);
-     },
-     tooLate},
-    {"keeps a text too long",
-     [] {
+     }},
+    {"keeps a text too long", tooLate,
+     [](Pools &) {
          _WideString const text(u"late"_w);
          loseLibrary();
-     },
-     tooLate},
+     }},
 };
 
 TEST(ChecksDeathTest, StopProgramsThatAreWrong) {
-    for (WrongProgram const & program : wrongPrograms) {
-        EXPECT_DEATH(program.run(), program.heard) << program.does;
+    for (auto const & [does, heard, run] : wrongPrograms) {
+        auto const runWithPools = [run = run] {
+            Pools pools;
+            run(pools);
+        };
+        EXPECT_DEATH(runWithPools(), heard) << does;
     }
 }
 
