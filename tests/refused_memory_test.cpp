@@ -11,7 +11,9 @@
 #include <morvane/platform/library_entry.h>
 #include <new>
 #include <string>
+#include <string_view>
 #include <temporary_folder.h>
+#include <vector>
 
 using namespace morvane::literals;
 
@@ -89,28 +91,53 @@ bool document() {
     return isWhole;
 }
 
+template <typename Text>
+void requireLength(Text const & text, std::int64_t length) {
+    require(length == text.get_length());
+}
+
+/// One change after the other of a text, which then is whole or released; a number of hits is told in any case.
 template <typename Text, typename Unit>
-bool edits(Unit const * word, Unit const * pattern) {
-    void (*const changes[])(Text &, Unit const *, Unit const *) = {
-        [](Text & text, Unit const * piece, Unit const *) { text += piece; },
-        [](Text & text, Unit const *, Unit const *) { text.add(Unit('x'), 300); },
-        [](Text & text, Unit const * piece, Unit const *) { text.insert(3, piece); },
-        [](Text & text, Unit const *, Unit const *) { text.deleteArray(1, 2); },
-        [](Text & text, Unit const * piece, Unit const * other) {
-            text.replace(const_cast<Unit *>(piece), const_cast<Unit *>(other));
-        },
-        [](Text & text, Unit const *, Unit const *) { text.remove(Unit('x')); },
-        [](Text & text, Unit const *, Unit const *) { text = text.mid(1); },
-        [](Text & text, Unit const *, Unit const *) { text += text; },
-        [](Text & text, Unit const *, Unit const * other) { text.format(other, 7, text.get_data()); },
+bool edits(Unit const * pattern) {
+    static Unit const * const format = pattern;
+    constexpr Unit b = 'b';
+    static Unit word[] = {b, 0};
+    static Text source(b, 500);
+    static std::string const bytes(300, 'x');
+    static std::vector<std::basic_string<Unit>> whole;
+    void (*const changes[])(Text &) = {
+        [](Text & text) { text = source; },
+        [](Text & text) { text = word; },
+        [](Text & text) { text = Unit('a'); },
+        [](Text & text) { text = 0.5F; },
+        [](Text & text) { isThere(text.mid(1)); },
+        [](Text & text) { text.copy(text); },
+        [](Text & text) { text.add(source); },
+        [](Text & text) { text += text; },
+        [](Text & text) { text += Unit('a'); },
+        [](Text & text) { text.add(Unit('x'), 300); },
+        [](Text & text) { text += source.get_data(); },
+        [](Text & text) { text.add(bytes.c_str()); },
+        [](Text & text) { requireLength(text, text.insert(3, word)); },
+        [](Text & text) { requireLength(text, text.deleteArray(1, 2)); },
+        [](Text & text) { require(text.remove(b) == 500); },
+        [](Text & text) { require(text.remove(word) == 500); },
+        [](Text & text) { require(text.replace(word, source.get_data()) == 500); },
+        [](Text & text) { text.format(format, 7, text.get_data()); },
     };
-    Text text(word);
-    bool isWhole = isThere(text);
-    for (auto const change : changes) {
-        change(text, word, pattern);
+    bool isWhole = true;
+    for (std::size_t index = 0; index < std::size(changes); ++index) {
+        Text text(source);
+        if (isThere(text)) {
+            changes[index](text);
+            if (whole.size() == index) {
+                whole.emplace_back(text.get_data(), text.get_length());
+            }
+            require(!isThere(text) || whole[index] == std::basic_string_view(text.get_data(), text.get_length()));
+        }
         isWhole = isThere(text) && isWhole;
     }
-    return isThere(Text(text)) && isWhole;
+    return isWhole;
 }
 
 bool lists() {
@@ -273,8 +300,8 @@ TEST(RefusedMemory, FailsTheWorkAloneAndLeaksNothing) {
     folder = &files;
     auto const former = morvane::platform::setDebugListener([](unsigned short int const *) {});
     for (Work const & work : {Work{"document", document, true},
-                              {"wide text", [] { return edits<_WideString>(u"word "_w, u"%d of %s"_w); }, false},
-                              {"text of bytes", [] { return edits<_DataString>("word ", "%d of %s"); }, false},
+                              {"wide text", [] { return edits<_WideString>(u"%d of %s"_w); }, false},
+                              {"text of bytes", [] { return edits<_DataString>("%d of %s"); }, false},
                               {"lists", lists, true},
                               {"dictionary", dictionary, true},
                               {"pools", pools, false},

@@ -6,8 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <gtest/gtest.h>
-#include <morvane/strings/data_string.h>
-#include <morvane/strings/wide_string.h>
+#include <morvane/morvane.h>
 #include <string>
 #include <string_view>
 #include <type_traits>
