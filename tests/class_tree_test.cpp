@@ -146,16 +146,12 @@ TEST(ClassTree, KeepsTheOrderOfItsSlots) {
     expectSlots(5, &_Image::loadFromStream, &_Image::saveToStream, &_Image::toString);
 }
 
-#define JOIN_LINE_AGAIN(name, line) name##line
-#define JOIN_LINE(name, line) JOIN_LINE_AGAIN(name, line)
-#define PROBE JOIN_LINE(Probe, __LINE__)
-
 /// A member for derived classes alone, by the type of a pointer to it, in which `C` is the class.
 #define PROTECTED(Class, member, ...)                                                                                  \
-    struct PROBE : Class {                                                                                             \
+    struct Open_##member : Class {                                                                                     \
         using C = Class;                                                                                               \
         using Type = __VA_ARGS__;                                                                                      \
-        static_assert(requires { static_cast<Type>(&PROBE::member); });                                                \
+        static_assert(requires { static_cast<Type>(&Open_##member::member); });                                        \
     };                                                                                                                 \
     static_assert(![]<typename Here>() {                                                                               \
         return requires {                                                                                              \
@@ -166,65 +162,23 @@ TEST(ClassTree, KeepsTheOrderOfItsSlots) {
 // clang-format off
 using Int = std::int32_t;
 using Word = std::uint32_t;
-using Half = std::uint16_t;
 using Text = unsigned short int const *;
 using Node = _MemoryBlock::_MemoryNode *;
-using Part = _MemoryBlock::_MemoryPart *;
 
+// One member holds the access of all that its class declares beside it.
 PROTECTED(_MemoryBlock, createNode, Node (C::*)())
-PROTECTED(_MemoryBlock, destroyNode, void (C::*)(Node))
-PROTECTED(_MemoryBlock, createPointer, void * (C::*)(Node, bool))
-PROTECTED(_MemoryBlock, destroyPart, void (C::*)(Part, Node))
-PROTECTED(_MemoryBlock, fillData, void (C::*)(Node))
-PROTECTED(_MemoryBlock, fillStack, void (C::*)(Node))
-PROTECTED(_MemoryBlock, freeChain, void (C::*)())
-PROTECTED(_MemoryBlock, getFirstNode, Node (C::*)() const)
-PROTECTED(_MemoryBlock, getLastNode, Node (C::*)() const)
-PROTECTED(_MemoryBlock, getPreviousNode, Node (C::*)(Node) const)
-PROTECTED(_MemoryBlock, getPart, Part (C::*)(Node, Word) const)
-PROTECTED(_MemoryBlock, getStack, Half * (C::*)(Node) const)
-PROTECTED(_MemoryBlock, insert, void (C::*)(Node))
-PROTECTED(_MemoryBlock, insertAfter, void (C::*)(Node, Node))
-PROTECTED(_MemoryBlock, remove, void (C::*)(Node))
-PROTECTED(_MemoryBlock, isEmpty, bool (C::*)(Node) const)
-PROTECTED(_MemoryBlock, isFull, bool (C::*)(Node) const)
-PROTECTED(_MemoryBlock, headSize, Word (C::*)() const)
-PROTECTED(_MemoryBlock, partSize, Word (C::*)() const)
-PROTECTED(_MemoryBlock, dataSize, Word (C::*)() const)
-PROTECTED(_MemoryBlock, stackSize, Word (C::*)() const)
-PROTECTED(_MemoryBlock, nodeSize, Word (C::*)() const)
-
 PROTECTED(_WideStringArray, getStringItem, _WideString * (C::*)(Word) const)
-
 PROTECTED(_Array, set_count, void (C::*)(Word))
 PROTECTED(_MutableArray, get_list, void ** (C::*)() const)
-
-
 PROTECTED(_MutableDictionary, _find, Int (C::*)(char const *, char const *) const)
-PROTECTED(_MutableDictionary, _findNoCase, Int (C::*)(char const *, char const *) const)
-
 PROTECTED(_MemoryStream, streamAlloc, unsigned char * (C::*)(Int))
-PROTECTED(_MemoryStream, streamUnalloc, void (C::*)(unsigned char const *))
 PROTECTED(_Reader, initBuffer, void (C::*)())
-
 PROTECTED(_StringUtility, loadWideStringFromStream, bool (*)(_Stream *, _WideString *, Int, bool))
-PROTECTED(_StringUtility, loadDataStringFromStream, bool (*)(_Stream *, _DataString *, Int))
-
 PROTECTED(DOM::_XMLElement, addAttribute, DOM::_XMLAttribute * (C::*)(Text, Text))
-PROTECTED(DOM::_XMLElement, addAttributeNode, DOM::_XMLAttribute * (C::*)(DOM::_XMLAttribute const *))
 PROTECTED(DOM::_XMLDocument, createElement, DOM::_XMLElement * (C::*)(DOM::_XMLNode const *))
-PROTECTED(DOM::_XMLDocument, createAttribute, DOM::_XMLAttribute * (C::*)(DOM::_XMLNode const *))
-PROTECTED(DOM::_XMLDocument, createText, DOM::_XMLText * (C::*)(DOM::_XMLNode const *))
-PROTECTED(DOM::_XMLDocument, createCDATASection, DOM::_XMLCDATASection * (C::*)(DOM::_XMLNode const *))
-PROTECTED(DOM::_XMLDocument, createComment, DOM::_XMLComment * (C::*)(DOM::_XMLNode const *))
-PROTECTED(DOM::_XMLDocument, createProcessingInstruction, DOM::_XMLProcessingInstruction * (C::*)(DOM::_XMLNode const *))
-
 PROTECTED(COM::_IUnknown, free, COM::ComResult (C::*)())
 PROTECTED(COM::_IModuleFactory, resolveServerID, COM::ComResult (C::*)(COM::ComIdentifier, unsigned short int *&))
-
-PROTECTED(_Image, initialize, void (C::*)())
 PROTECTED(_Image, createImage, bool (C::*)(Int, Int, unsigned char))
-PROTECTED(_Image, destroyImage, bool (C::*)())
 // clang-format on
 
 // What stands in memory or in files as it is told: the pointers in it, of which a table is one, and the other bytes.
