@@ -1,11 +1,7 @@
 #include <atomic>
 #include <cstring>
 #include <gtest/gtest.h>
-#include <morvane/components/com.h>
-#include <morvane/components/iclass_factory.h>
-#include <morvane/components/iclass_server.h>
-#include <morvane/components/imodule_factory.h>
-#include <morvane/core/literals.h>
+#include <morvane/morvane.h>
 #include <morvane/platform/modules.h>
 #include <string>
 #include <thread>
@@ -86,22 +82,15 @@ TEST(CountedObject, GoesWithItsLastReferenceAndCopiesItsCount) {
     static_cast<COM::_IUnknown &>(*assigned) = *source;
     int expected = 0;
     for (COM::_IUnknown * object : {source, copy, assigned}) {
-        EXPECT_EQ(object->release(), 1);
-        EXPECT_EQ(destroyed, expected++);
-        EXPECT_EQ(object->release(), 0);
-        EXPECT_EQ(destroyed, expected);
+        EXPECT_TRUE(object->release() == 1 && destroyed == expected);
+        EXPECT_TRUE(object->release() == 0 && destroyed == ++expected);
     }
     // Freeing doesn't ask for the count.
     auto * const freed = new Counted(destroyed);
     freed->addRef();
-    EXPECT_EQ(Counted::freeNow(freed), COM::comOk);
-    EXPECT_EQ(destroyed, 4);
-}
-
-TEST(CountedObject, AnswersWhenItIsNull) {
+    EXPECT_TRUE(Counted::freeNow(freed) == COM::comOk && destroyed == 4);
     Counted * volatile nobody = nullptr;
-    EXPECT_EQ(Counted::addRefOn(nobody), -1);
-    EXPECT_EQ(Counted::releaseOn(nobody), -1);
+    EXPECT_TRUE(Counted::addRefOn(nobody) == -1 && Counted::releaseOn(nobody) == -1);
     EXPECT_EQ(Counted::freeNow(nobody), COM::comFailed);
 }
 
@@ -152,8 +141,7 @@ TEST(Creation, OverwritesOnlyAPointerThatIsNotNull) {
     COM::_IClassFactory * factory = nullptr;
     EXPECT_EQ(COM::createClassFactory(COM::comFactoryModule, nullptr), COM::comBadPointer);
     EXPECT_EQ(COM::createClassFactory(COM::comFactoryModule, &factory), COM::comBadPointer);
-    EXPECT_EQ(factory, nullptr);
-    factory = former;
+    EXPECT_EQ(std::exchange(factory, former), nullptr);
     EXPECT_EQ(COM::createClassFactory(static_cast<COM::ComFactory>(1), &factory), COM::comNotFound);
     EXPECT_EQ(factory, former);
     EXPECT_EQ(COM::createClassFactory(COM::comFactoryModule, &factory), COM::comOk);
@@ -161,45 +149,34 @@ TEST(Creation, OverwritesOnlyAPointerThatIsNotNull) {
     EXPECT_EQ(factory->release(), 0);
 
     COM::_IClassServer * server = nullptr;
-    EXPECT_EQ(COM::createClassServer(nullptr), COM::comFailed);
-    EXPECT_TRUE(COM::createClassServer(&server) == COM::comFailed && server == nullptr);
     auto * const placeholder = reinterpret_cast<COM::_IClassServer *>(former);
-    server = placeholder;
+    EXPECT_EQ(COM::createClassServer(nullptr), COM::comFailed);
+    EXPECT_EQ(COM::createClassServer(&server), COM::comFailed);
+    EXPECT_EQ(std::exchange(server, placeholder), nullptr);
     EXPECT_EQ(COM::createClassServer(&server), COM::comFailed);
     ASSERT_NE(server, placeholder);
     void * object = nullptr;
-    EXPECT_EQ(server->createObjectInstance({}, &object), COM::comBadPointer);
     EXPECT_EQ(server->createObjectInstance({}, nullptr), COM::comBadPointer);
+    EXPECT_EQ(server->createObjectInstance({}, &object), COM::comBadPointer);
     object = former;
     EXPECT_EQ(server->createObjectInstance({}, &object), COM::comFailed);
-    EXPECT_EQ(object, former);
-    EXPECT_EQ(server->release(), 0);
-    EXPECT_EQ(former->release(), 0);
+    EXPECT_TRUE(object == former && server->release() == 0 && former->release() == 0);
 }
 
-TEST(ModuleFactory, FindsNoServer) {
-    auto * const factory = new ModuleFactory;
-    unsigned short int unit = 0;
-    unsigned short int * path = &unit;
-    void * object = &unit;
-    EXPECT_EQ(factory->loadServer(COM::createClassID(1, 2, 3, "a", "b")), COM::comNotFound);
-    EXPECT_EQ(factory->resolve({}, path), COM::comFailed);
-    EXPECT_EQ(path, &unit);
-    EXPECT_EQ(factory->createObjectInstance({}, &object), COM::comFailed);
-    EXPECT_EQ(object, &unit);
-    EXPECT_EQ(fieldOf<HINSTANCE__ *>(factory, serverModuleOffset), nullptr);
-    EXPECT_FALSE(fieldOf<bool>(factory, serverLockedOffset));
-    EXPECT_EQ(factory->unloadServer(), COM::comFailed);
-    factory->release();
-}
-
-TEST(ModuleFactory, LetsGoOfItsModuleOnce) {
+TEST(ModuleFactory, FindsNoServerAndLetsGoOfItsModuleOnce) {
     std::u16string const name = MORVANE_SAMPLE_MODULE;
     std::basic_string<unsigned short int> const path(name.begin(), name.end());
     auto const isLoaded = [&path] { return morvane::platform::findModule(path.c_str()) != nullptr; };
     auto * const factory = new ModuleFactory;
     auto & module = fieldOf<HINSTANCE__ *>(factory, serverModuleOffset);
     auto & locked = fieldOf<bool>(factory, serverLockedOffset);
+    unsigned short int unit = 0;
+    unsigned short int * found = &unit;
+    void * object = &unit;
+    EXPECT_EQ(factory->loadServer(COM::createClassID(1, 2, 3, "a", "b")), COM::comNotFound);
+    EXPECT_TRUE(factory->resolve({}, found) == COM::comFailed && found == &unit);
+    EXPECT_TRUE(factory->createObjectInstance({}, &object) == COM::comFailed && object == &unit);
+    EXPECT_TRUE(module == nullptr && !locked && factory->unloadServer() == COM::comFailed);
     module = morvane::platform::loadModule(path.c_str());
     locked = true;
     EXPECT_TRUE(factory->unloadServer() == COM::comFailed && isLoaded());
