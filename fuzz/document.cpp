@@ -6,13 +6,8 @@
 #include "text_testing.h"
 #include "xml_model.h"
 
-#include <morvane/containers/container.h>
-#include <morvane/platform/debug_channel.h>
-#include <morvane/strings/wide_string_parser.h>
+#include <morvane/morvane.h>
 #include <morvane/xml/tree_builder.h>
-#include <morvane/xml/xml_attribute.h>
-#include <morvane/xml/xml_named_node_map.h>
-#include <morvane/xml/xml_processing_instruction.h>
 
 namespace {
 

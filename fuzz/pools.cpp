@@ -2,8 +2,7 @@
 
 #include "fuzz_input.h"
 
-#include <morvane/core/memory_block.h>
-#include <morvane/platform/debug_channel.h>
+#include <morvane/morvane.h>
 #include <vector>
 
 namespace {

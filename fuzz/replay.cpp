@@ -34,19 +34,10 @@ std::string madeByChance(std::mt19937 & random, std::vector<std::string> const &
     for (std::size_t count = 1 + random() % 24; count != 0; --count) {
         std::size_t const place = random() % (made.size() + 1);
         std::string const & seed = seeds[random() % seeds.size()];
-        switch (random() % 4) {
-        case 0:
-            made.insert(place, 1, static_cast<char>(random()));
-            break;
-        case 1:
-            made.erase(place, random() % 16);
-            break;
-        case 2:
-            made.insert(place, seed, random() % (seed.size() + 1), random() % 32);
-            break;
-        default:
-            made.insert(place, words[random() % words.size()]);
-        }
+        std::string const pieces[] = {"", std::string(1, static_cast<char>(random())), words[random() % words.size()],
+                                      seed.substr(random() % (seed.size() + 1), random() % 32)};
+        std::string const & piece = pieces[random() % 4];
+        made.replace(place, piece.empty() ? random() % 16 : 0, piece);
     }
     return made;
 }

@@ -4,11 +4,7 @@
 #include "text_testing.h"
 #include "xml_model.h"
 
-#include <morvane/platform/debug_channel.h>
-#include <morvane/strings/wide_string_array.h>
-#include <morvane/strings/wide_string_parser.h>
-#include <morvane/strings/wide_tag.h>
-#include <morvane/strings/wide_tag_array.h>
+#include <morvane/morvane.h>
 
 namespace {
 

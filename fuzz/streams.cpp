@@ -3,31 +3,20 @@
 #include "fuzz_input.h"
 #include "stream_testing.h"
 
-#include <morvane/containers/mutable_dictionary.h>
-#include <morvane/streams/memory_stream.h>
-#include <morvane/streams/reader.h>
+#include <morvane/morvane.h>
 
 namespace {
 
 /// The next value of a kind, as its bytes.
 std::string next(auto & source, std::size_t kind, std::uint32_t count) {
     auto const bytes = [](auto value) { return std::string(reinterpret_cast<char const *>(&value), sizeof value); };
-    switch (kind) {
-    case 0:
-        return bytes(source.readByte()) + bytes(source.readBoolean());
-    case 1:
-        return bytes(source.readWord()) + bytes(source.readShort());
-    case 2:
-        return bytes(source.readLong());
-    case 3:
-        return bytes(source.readFloat());
-    case 4:
-        return bytes(source.readDouble());
-    case 5:
-        return bytesOf(source.readText(count));
-    default:
-        return bytesOf(source.readString());
-    }
+    return kind == 0   ? bytes(source.readByte()) + bytes(source.readBoolean())
+           : kind == 1 ? bytes(source.readWord()) + bytes(source.readShort())
+           : kind == 2 ? bytes(source.readLong())
+           : kind == 3 ? bytes(source.readFloat())
+           : kind == 4 ? bytes(source.readDouble())
+           : kind == 5 ? bytesOf(source.readText(count))
+                       : bytesOf(source.readString());
 }
 
 } // namespace

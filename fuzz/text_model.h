@@ -6,8 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <map>
-#include <morvane/encodings/string_utility.h>
-#include <morvane/strings/wide_string.h>
+#include <morvane/morvane.h>
 #include <optional>
 #include <string>
 

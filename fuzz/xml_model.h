@@ -180,61 +180,40 @@ inline Tree read(std::u16string const & text) {
     return tree;
 }
 
+/// A node and what stands under it, `indent` in front of each line.
+inline std::u16string printed(Tree const & tree, Node const & node, std::u16string const & indent,
+                              std::u16string const & space, std::u16string const & lineEnd) {
+    std::u16string attributes;
+    for (auto const & [name, value] : node.attributes) {
+        attributes += u" " + name + u"=\"" + value + u"\"";
+    }
+    std::u16string inside;
+    for (std::size_t const child : node.children) {
+        inside += printed(tree, tree.nodes[child], indent + space, space, lineEnd);
+    }
+    bool const isText = node.children.size() == 1 && tree.nodes[node.children[0]].type == 3;
+    std::u16string const head = u"<" + node.name + attributes;
+    std::u16string const tail = u"</" + node.name + u">" + lineEnd;
+    bool const isEmpty = node.children.empty() || (isText && inside.empty());
+    return node.type == 3   ? node.value
+           : node.type == 4 ? indent + u"<![CDATA[" + node.value + u"]]>" + lineEnd
+           : node.type == 7 ? u"<?xml" + attributes + u"?>"
+           : node.type == 8 ? indent + u"<!--" + node.value + u"-->" + lineEnd
+           : isEmpty        ? indent + head + u"/>" + lineEnd
+           : isText         ? indent + head + u">" + inside + tail
+                            : indent + head + u">" + lineEnd + inside + indent + tail;
+}
+
+/// The declarations of a document, each in a line, and its first element.
 inline std::u16string printed(Tree const & tree, std::u16string const & space, std::u16string const & lineEnd) {
     std::u16string text;
-    std::vector<std::pair<Node const *, std::size_t>> open; // an element and its next child
-    auto const indent = [&] {
-        std::u16string result;
-        for (std::size_t level = 0; level < open.size(); ++level) {
-            result += space;
-        }
-        return result;
-    };
-    auto const print = [&](Node const & node) {
-        std::u16string attributes;
-        for (auto const & [name, value] : node.attributes) {
-            attributes += u" " + name + u"=\"" + value + u"\"";
-        }
-        std::u16string const head = indent() + u"<" + node.name + attributes;
-        Node const * const only = node.children.size() == 1 ? &tree.nodes[node.children[0]] : nullptr;
-        bool const hasText = only != nullptr && only->type == 3;
-        if (node.type == 3) {
-            text += node.value;
-        } else if (node.type == 4) {
-            text += indent() + u"<![CDATA[" + node.value + u"]]>" + lineEnd;
-        } else if (node.type == 7) {
-            text += u"<?xml" + attributes + u"?>";
-        } else if (node.type == 8) {
-            text += indent() + u"<!--" + node.value + u"-->" + lineEnd;
-        } else if (node.children.empty() || (hasText && only->value.empty())) {
-            text += head + u"/>" + lineEnd;
-        } else if (hasText) {
-            text += head + u">" + only->value + u"</" + node.name + u">" + lineEnd;
-        } else {
-            text += head + u">" + lineEnd;
-            open.emplace_back(&node, 0);
-        }
-    };
-    Node const * root = nullptr;
+    std::u16string root;
     for (std::size_t const child : tree.nodes[0].children) {
         Node const & node = tree.nodes[child];
-        root = root == nullptr && node.type == 1 ? &node : root;
-        if (node.type == 7) {
-            print(node);
-            text += lineEnd;
-        }
+        text += node.type == 7 ? printed(tree, node, u"", space, lineEnd) + lineEnd : u"";
+        root = root.empty() && node.type == 1 ? printed(tree, node, u"", space, lineEnd) : root;
     }
-    root != nullptr ? print(*root) : void();
-    while (!open.empty()) {
-        Node const & node = *open.back().first;
-        if (open.back().second < node.children.size()) {
-            print(tree.nodes[node.children[open.back().second++]]);
-        } else {
-            open.pop_back();
-            text += indent() + u"</" + node.name + u">" + lineEnd;
-        }
-    }
-    return text;
+    return text + root;
 }
 
 /// The next declaration from `position` on, which goes behind it.
