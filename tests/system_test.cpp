@@ -5,14 +5,12 @@
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <morvane/core/literals.h>
-#include <morvane/core/system_utility.h>
 #include <morvane/core/windows_version.h>
+#include <morvane/morvane.h>
 #include <morvane/platform/last_error.h>
 #include <morvane/platform/modules.h>
 #include <morvane/platform/posix/utf8_text.h>
 #include <morvane/platform/show_text.h>
-#include <morvane/platform/shown_text.h>
 #include <string>
 #include <system_error>
 #include <tuple>
@@ -119,15 +117,12 @@ TEST(CurrentDirectory, IsThatOfTheLibraryModuleOrOfTheProgram) {
 TEST(FilePath, KeepsDriveAndDirectory) {
     std::u16string const longest(255, u'd');
     std::pair<std::u16string, std::u16string> const rows[] = {{u"c:\\folder\\name.txt", u"c:\\folder\\"},
-                                                              {u"/folder/name", u"/folder/"},
                                                               {u"name", u""},
                                                               {u"", u""},
                                                               {u"c:name", u"c:"},
-                                                              {u"c:", u"c:"},
                                                               {u":", u""},
                                                               {u"::", u"::"},
                                                               {u"/", u"/"},
-                                                              {u"folder/", u"folder/"},
                                                               {u"a\\b/c\\d", u"a\\b/c\\"},
                                                               {u"a/b\\c/d", u"a/b\\c/"},
                                                               {longest.substr(1) + u"/name", longest.substr(1) + u"/"},
