@@ -4,9 +4,7 @@
 #include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
-#include <morvane/core/literals.h>
-#include <morvane/core/system_utility.h>
-#include <morvane/platform/critical_section.h>
+#include <morvane/morvane.h>
 #include <morvane/platform/debug_output.h>
 #include <string>
 #include <thread>

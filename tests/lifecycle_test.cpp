@@ -3,12 +3,8 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <morvane/core/checks.h>
-#include <morvane/core/lifecycle.h>
-#include <morvane/core/memory.h>
-#include <morvane/core/memory_manager.h>
-#include <morvane/platform/debug_channel.h>
+#include <morvane/morvane.h>
 #include <morvane/platform/library_entry.h>
-#include <morvane/strings/wide_string.h>
 #include <string>
 #include <unistd.h>
 

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 #include <memory>
-#include <morvane/core/literals.h>
-#include <morvane/strings/named_object.h>
-#include <morvane/strings/string.h>
+#include <morvane/morvane.h>
 
 using namespace morvane::literals;
 
