@@ -4,15 +4,12 @@
 #include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <morvane/core/checks.h>
 #include <morvane/core/lifecycle.h>
 #include <morvane/core/memory.h>
 #include <morvane/core/memory_block.h>
 #include <morvane/core/memory_manager.h>
 #include <morvane/platform/debug_channel.h>
-#include <numeric>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -157,124 +154,6 @@ TEST_F(Pool, GivesNullWhereNoNodeCanBe) {
         }
         EXPECT_GE(units, served == 0 ? 0U : 39U);
         EXPECT_EQ(block.nodes().size(), units);
-    }
-}
-
-/// A pool of 16-byte units as it is told: a walk along the chain for everything.
-struct PlainPool {
-    static constexpr std::size_t headBytes = 24; // the header of its first unit with it
-    static constexpr std::size_t partBytes = 24;
-
-    struct PlainNode {
-        Node * node;
-        std::vector<std::uint16_t> stack;
-
-        char * data() const { return reinterpret_cast<char *>(node) + headBytes; }
-    };
-
-    /// Takes the next unit; whether it is the one that a pool gave out. A node of the pool becomes known by its first
-    /// unit.
-    bool allocates(char * unit) {
-        auto found = std::find_if(chain.begin(), chain.end(), [](auto & any) { return !any.stack.empty(); });
-        if (found == chain.end()) {
-            add(chain.size()).node = reinterpret_cast<Node *>(unit - headBytes);
-            found = chain.end() - 1;
-        }
-        std::uint16_t const index = found->stack.back();
-        found->stack.pop_back();
-        return unit == found->data() + index * partBytes;
-    }
-
-    /// A node with all units free, at that place of the chain.
-    PlainNode & add(std::size_t place) {
-        auto const added = chain.insert(chain.begin() + static_cast<std::ptrdiff_t>(place), {nullptr, {}});
-        added->stack.resize(unitCount);
-        std::iota(added->stack.rbegin(), added->stack.rend(), std::uint16_t{0});
-        return *added;
-    }
-
-    void unallocate(char const * unit) {
-        auto const found = std::find_if(chain.begin(), chain.end(), [this, unit](auto & any) {
-            return unit >= any.data() && unit < any.data() + unitCount * partBytes;
-        });
-        found->stack.push_back(static_cast<std::uint16_t>(static_cast<std::size_t>(unit - found->data()) / partBytes));
-        if (found->stack.size() == unitCount && found != chain.begin()) {
-            chain.erase(found);
-        }
-    }
-
-    std::uint16_t unitCount;
-    std::vector<PlainNode> chain{};
-};
-
-void expectSame(OpenBlock const & block, PlainPool const & plain) {
-    std::vector<Node *> const nodes = block.nodes();
-    ASSERT_EQ(nodes.size(), plain.chain.size());
-    for (std::size_t place = 0; place < nodes.size(); ++place) {
-        auto const & [node, stack] = plain.chain[place];
-        ASSERT_EQ(nodes[place], node);
-        ASSERT_EQ(node->freeCount, stack.size());
-        ASSERT_EQ(std::memcmp(block.getStack(node), stack.data(), stack.size() * 2), 0);
-        if (place % 5 == 0) {
-            ASSERT_EQ(block.getPreviousNode(node), place != 0 ? nodes[place - 1] : nullptr);
-        }
-    }
-    ASSERT_EQ(block.getLastNode(), nodes.empty() ? nullptr : nodes.back());
-}
-
-/// What a derived class does to the chain now and then.
-void meddle(OpenBlock & block, PlainPool & plain, unsigned long dice, std::size_t place) {
-    auto & chain = plain.chain;
-    if (dice == 0 && !chain.empty()) {
-        // It puts a node of its own somewhere behind the first.
-        Node * const node = block.createFreeNode();
-        block.insertAfter(chain[place % chain.size()].node, node);
-        plain.add(place % chain.size() + 1).node = node;
-    } else if (dice == 1 && chain.size() > 1) {
-        // It takes one away and puts it back at the end.
-        auto const taken = chain.begin() + static_cast<std::ptrdiff_t>(1 + place % (chain.size() - 1));
-        Node * const node = taken->node;
-        block.remove(node);
-        std::rotate(taken, taken + 1, chain.end());
-        node->next = nullptr;
-        block.insert(node);
-    } else if (dice == 2 && chain.size() > 1) {
-        // It lets the chain begin with its second node, the first one behind that.
-        Node * const second = chain[1].node;
-        chain[0].node->next = second->next;
-        second->next = chain[0].node;
-        block.set_first(second);
-        std::swap(chain[0], chain[1]);
-    }
-}
-
-TEST_F(Pool, WorksAsAWalkAlongItsChainWould) {
-    for (auto const & [units, most] : {std::pair{1, 400}, {2, 30}, {2, 400}, {7, 400}}) {
-        std::mt19937 random(7);
-        OpenBlock block(16, static_cast<std::uint16_t>(units));
-        _MemoryManager manager(16 * static_cast<std::uint32_t>(units));
-        PlainPool plain{static_cast<std::uint16_t>(units)};
-        PlainPool managed = plain;
-        // Units of both; the manager, whose nodes can't be seen, gets the same calls.
-        std::vector<std::pair<char *, char *>> live;
-        for (int step = 0; step < 6000 && !HasFatalFailure(); ++step) {
-            auto const dice = random() % 100;
-            meddle(block, plain, dice, random());
-            if (!live.empty() && (live.size() > static_cast<unsigned>(most) || dice < (step / 1000 % 2 ? 70 : 30))) {
-                std::swap(live[random() % live.size()], live.back());
-                auto const [unit, managedUnit] = live.back();
-                live.pop_back();
-                plain.unallocate(unit);
-                block.unallocate(unit);
-                managed.unallocate(managedUnit);
-                manager.fastUnallocate(managedUnit);
-            } else {
-                live.emplace_back(static_cast<char *>(block.allocate(true)),
-                                  static_cast<char *>(manager.fastAllocate(16, true)));
-                ASSERT_TRUE(plain.allocates(live.back().first) && managed.allocates(live.back().second));
-            }
-            expectSame(block, plain);
-        }
     }
 }
 
