@@ -38,16 +38,19 @@ void reportCounts(_WideString & text) {
     _SystemUtility::outputDebugString(text);
 }
 
+/// The heap's face while the library is down: whoever comes late is told there.
+alignas(_Memory) unsigned char lateFace[sizeof(_Memory)];
+
 /// Deletes the allocators when it goes, also when a listener throws. The nodes of the pools go back through the heap.
 struct LastOfAll {
     LastOfAll() = default;
     LastOfAll(LastOfAll const &) = delete;
     ~LastOfAll() {
         delete globalMemoryManager;
+        delete globalProcessMemory;
         if constexpr (isChecked) {
-            libraryIsDown = true; // the heap's face stays, and stops whoever comes late
-        } else {
-            delete globalProcessMemory;
+            libraryIsDown = true;
+            globalProcessMemory = ::new (lateFace) _Memory;
         }
     }
 
