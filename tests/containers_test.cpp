@@ -71,16 +71,23 @@ std::vector<int> numbersOf(_Container const & container) {
     return numbers;
 }
 
-/// Shows its list, lets a test set the count, and sees that it is emptied.
+/// Shows its list, lets a test set the count, and notes which virtual operations are called.
 struct OpenArray : _MutableArray {
     using _MutableArray::_MutableArray, _MutableArray::get_list, _MutableArray::set_count;
 
+    void * getItem(std::uint32_t index) const override {
+        calls += "get " + std::to_string(index) + ";";
+        return _MutableArray::getItem(index);
+    }
     void deleteAll() override {
-        ++deletions;
+        calls += "delete all;";
         _MutableArray::deleteAll();
     }
+    void deleteAt(std::uint32_t index, std::uint32_t number) override {
+        calls += "delete " + std::to_string(number) + " at " + std::to_string(index) + ";";
+    }
 
-    int deletions = 0;
+    mutable std::string calls;
 };
 
 TEST_F(MutableArray, IsSeenToGrowByDelta) {
@@ -139,7 +146,18 @@ TEST_F(MutableArray, StoresAndRemovesWithinItsSizeWithoutMoving) {
     EXPECT_EQ(array[5], &targets[7]);
     array.copy(_MutableArray());
     EXPECT_TRUE(array.get_count() == 0 && array.get_size() == 9 && array[5] == nullptr);
-    EXPECT_EQ(array.deletions, 1) << "a copy goes through what a derived class does";
+}
+
+TEST_F(MutableArray, WorksThroughTheVirtualOperations) {
+    OpenArray source;
+    fill(source, 2);
+    OpenArray target;
+    fill(target, 3);
+    target.append(source);
+    EXPECT_EQ(source.calls + target.calls, "get 0;get 1;");
+    target.copy(source);
+    EXPECT_TRUE(target.get_count() == 2 && target[1] == &targets[1]);
+    EXPECT_EQ(target.calls, "delete all;delete 5 at 0;get 1;");
 }
 
 TEST_F(MutableArray, ChangesNothingWhenItCannotGrow) {

@@ -93,7 +93,11 @@ std::int32_t ascending(_DictionaryItem * first, _DictionaryItem * second) {
     return second->compare(first, filter);
 }
 
+/// What `valuesDescending` was asked.
+std::vector<std::pair<_DictionaryItem *, _DictionaryItem *>> asked;
+
 std::int32_t valuesDescending(_DictionaryItem * first, _DictionaryItem * second) {
+    asked.emplace_back(first, second);
     return first->compare(second, byValue);
 }
 
@@ -126,8 +130,11 @@ TEST_F(Dictionary, SortsToTheToldOrderEqualItemsIncluded) {
         }
         ASSERT_TRUE(dictionary.sortBy(byValue));
         expectSorted(ascending<byValue>);
+        asked.clear();
         ASSERT_TRUE(dictionary.sort(valuesDescending));
+        auto const askedBySort = std::exchange(asked, {});
         expectSorted(valuesDescending);
+        ASSERT_EQ(askedBySort, asked);
         ASSERT_TRUE(dictionary.sort(nullptr));
         expectSorted(ascending<byKey>);
         counting_heap::serveAll();
@@ -217,8 +224,10 @@ TEST_F(Dictionary, FindsTheFirstItem) {
         EXPECT_EQ(dictionary.keyExistsNoCase(text), keyNoCase != -1);
         EXPECT_EQ(dictionary.valueExists(text), value != -1);
         EXPECT_EQ(dictionary.valueExistsNoCase(text), valueNoCase != -1);
+        EXPECT_EQ(bytesOf(dictionary.valueOf(text)), found(key, getValue));
         EXPECT_EQ(bytesOf(dictionary.getValueForKey(text)), found(key, getValue));
         EXPECT_EQ(bytesOf(dictionary.valueOfNoCase(text)), found(keyNoCase, getValue));
+        EXPECT_EQ(bytesOf(dictionary.keyOf(text)), found(value, getKey));
         EXPECT_EQ(bytesOf(dictionary.getKeyForValue(text)), found(value, getKey));
         EXPECT_EQ(bytesOf(dictionary.keyOfNoCase(text)), found(valueNoCase, getKey));
     }
@@ -227,11 +236,11 @@ TEST_F(Dictionary, FindsTheFirstItem) {
 TEST_F(Dictionary, ComparesASecondTextWithTheValueFoundFirst) {
     _MutableDictionary dictionary;
     fill(dictionary, {"key=one", "key=two"});
-    EXPECT_TRUE(dictionary.contains("key", "one") && dictionary.contains("key", noText)
-                && dictionary.containsNoCase("KEY", "ONE") && dictionary.containsNoCase("Key", noText));
-    EXPECT_FALSE(dictionary.contains("key", "two") || dictionary.contains("key", "key")
-                 || dictionary.contains("one", noText) || dictionary.contains(noText, noText)
-                 || dictionary.contains("KEY", "one") || dictionary.containsNoCase("KEY", "two"));
+    EXPECT_TRUE(dictionary.exists("key", "one") && dictionary.contains("key", noText)
+                && dictionary.existsNoCase("KEY", "ONE") && dictionary.containsNoCase("Key", noText));
+    EXPECT_FALSE(dictionary.exists("key", "two") || dictionary.contains("key", "key")
+                 || dictionary.exists("one", noText) || dictionary.contains(noText, noText)
+                 || dictionary.exists("KEY", "one") || dictionary.existsNoCase("KEY", "two"));
 }
 
 TEST_F(Dictionary, AddsPairsOfEveryForm) {

@@ -253,11 +253,11 @@ TEST_F(Files, GiveBackTheDateThatWasSet) {
 TEST_F(Files, TellDatesByTheRulesOfTheirOwnMoment) {
     FileName const name = folder.put("file", "");
     setZone(centralEurope);
-    // No month, no day, no hour, minute or second.
+    // No month, no day, no hour, minute or second, and an hour that the clock jumps over.
     for (std::int32_t const age :
          {ageFrom(2024, 0, 1, 0, 0, 0), ageFrom(2024, 13, 1, 0, 0, 0), ageFrom(2024, 1, 0, 0, 0, 0),
           ageFrom(2100, 2, 29, 0, 0, 0), ageFrom(2024, 1, 1, 24, 0, 0), ageFrom(2024, 1, 1, 0, 60, 0),
-          ageFrom(2024, 1, 1, 0, 0, 60)}) {
+          ageFrom(2024, 1, 1, 0, 0, 60), ageFrom(2024, 3, 31, 2, 30, 0)}) {
         std::int64_t seconds = 0;
         EXPECT_FALSE(secondsFromFatTime(static_cast<std::uint32_t>(age), seconds)) << std::hex << age;
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <latch>
 #include <morvane/core/memory.h>
 #include <morvane/platform/process_heap.h>
 #include <morvane/platform/tick_count.h>
@@ -181,6 +182,36 @@ TEST(Heap, KeepsTheCountsOfMoreThreadsThanHaveANumber) {
     }
     EXPECT_EQ(memory.heapAllocationCount(), 72000);
     EXPECT_EQ(memory.heapUnallocationCount(), 72000);
+}
+
+TEST(Heap, LetsThreadsTradeBlocks) {
+    std::vector<std::atomic<Block *>> exchange(4096);
+    std::latch start(4);
+    std::atomic<int> damaged{0};
+    auto const check = [&damaged](Block * block) {
+        if (block != nullptr) {
+            damaged += holds(*block, block->mark) ? 0 : 1;
+            freeAll({block->bytes, block});
+        }
+    };
+    std::vector<std::jthread> workers;
+    for (unsigned number = 0; number < 4; ++number) {
+        workers.emplace_back([&, number] {
+            std::mt19937 random(number);
+            start.arrive_and_wait();
+            for (int step = 0; step < 40000; ++step) {
+                std::size_t const count = random() % 300 + sizeof(Block);
+                auto const mark = static_cast<unsigned char>(random());
+                auto * const bytes = static_cast<unsigned char *>(segmentAllocate(count, false));
+                std::memset(bytes, mark, count);
+                auto * const block = new (segmentAllocate(sizeof(Block), false)) Block{bytes, count, mark};
+                check(exchange[random() % exchange.size()].exchange(block));
+            }
+        });
+    }
+    workers.clear();
+    std::for_each(exchange.begin(), exchange.end(), check);
+    EXPECT_EQ(damaged, 0);
 }
 
 TEST(Heap, WorksOnInTheChildOfAFork) {
