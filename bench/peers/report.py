@@ -142,7 +142,7 @@ def main():
             means = [f"{values['bytes'] / values['elements']:.0f}", f"{values['text units'] / max(values['texts'], 1):.0f}"]
             page.append(f"| {name} | " + " | ".join(counts + means) + " |")
         page += ["", "All contestants found the same count of elements, attributes and texts that are not blank before anything was timed."
-                 " Of the small documents ten trees at a time are alive: they are loaded, printed, saved and deleted before the next ten.", ""]
+                 " Of the small documents ten trees at a time are alive: they are loaded and deleted before the next ten.", ""]
     page += tables(groups)
     for group, rows in growth.items():
         page += [f"## {group}", "", "| contestant | " + " | ".join(rows) + " | growth a step |", "|---|" + "---:|" * (len(rows) + 1)]

@@ -70,29 +70,38 @@ struct Splits {
 /// to the next.
 constexpr int treesAtOnce = 10;
 
-/// One turn of one contestant: the document is loaded, printed, saved and deleted as often as it says.
+/// Calls `work` with each of the trees, and so on, `times` times in all.
+template <typename Work>
+void eachInTurn(std::vector<void *> const & trees, int times, Work work) {
+    for (int time = 0; time < times; ++time) {
+        work(trees[static_cast<std::size_t>(time) % trees.size()]);
+    }
+}
+
+/// One turn of one contestant: the document is loaded and deleted as often as it says; the trees of the last loading
+/// are printed and saved as often before they go.
 void takeTurn(XmlPeer const & peer, Document const & document, Splits & splits) {
     double load = 0, print = 0, save = 0, destroy = 0;
     for (int left = document.times; left > 0; left -= treesAtOnce) {
         double const start = race::now();
         std::vector<void *> const trees = loadAll(peer, document, std::min(left, treesAtOnce));
-        double const loaded = race::now();
-        for (void * tree : trees) {
-            race::keep(peer.print(tree));
+        load += race::now() - start;
+        if (left <= treesAtOnce) {
+            double const loaded = race::now();
+            eachInTurn(trees, document.times, [&](void * tree) { race::keep(peer.print(tree)); });
+            double const printed = race::now();
+            eachInTurn(trees, document.times, [&](void * tree) {
+                if (!peer.save(tree, outputPath)) {
+                    std::fprintf(stderr, "%s can't write %s\n", peer.name, outputPath);
+                    std::exit(1);
+                }
+            });
+            print = printed - loaded;
+            save = race::now() - printed;
         }
-        double const printed = race::now();
-        for (void * tree : trees) {
-            if (!peer.save(tree, outputPath)) {
-                std::fprintf(stderr, "%s can't write %s\n", peer.name, outputPath);
-                std::exit(1);
-            }
-        }
-        double const saved = race::now();
+        double const last = race::now();
         destroyAll(peer, trees);
-        load += loaded - start;
-        print += printed - loaded;
-        save += saved - printed;
-        destroy += race::now() - saved;
+        destroy += race::now() - last;
     }
     splits.load.push_back(load);
     splits.loadDelete.push_back(load + destroy);
