@@ -1,5 +1,6 @@
 # Installs the library, moves what was installed somewhere else, and builds and runs a consumer there, with CMake and with
-# pkg-config. Needs SOURCE and BUILD (Morvane's folders), LIBDIR, GENERATOR, COMPILER, PKG_CONFIG and WORK.
+# pkg-config. Needs SOURCE and BUILD (Morvane's folders), LIBDIR, GENERATOR, COMPILER, FLAGS (the compiler's), PKG_CONFIG
+# and WORK.
 
 include("${CMAKE_CURRENT_LIST_DIR}/../expect.cmake")
 
@@ -24,14 +25,14 @@ set(consumer "${CMAKE_CURRENT_LIST_DIR}/consumer")
 
 # find_package(Morvane)
 step("${CMAKE_COMMAND}" -S "${consumer}" -B "${WORK}/cmake" -G "${GENERATOR}" "-DCMAKE_CXX_COMPILER=${COMPILER}"
-    "-DCMAKE_PREFIX_PATH=${WORK}/moved")
+    "-DCMAKE_CXX_FLAGS=${FLAGS}" "-DCMAKE_PREFIX_PATH=${WORK}/moved")
 step("${CMAKE_COMMAND}" --build "${WORK}/cmake")
 expect_answer("${WORK}/cmake/consumer")
 
 # pkg-config
 set(ENV{PKG_CONFIG_PATH} "${WORK}/moved/${LIBDIR}/pkgconfig")
 run(0 "${PKG_CONFIG}" --cflags --libs morvane)
-separate_arguments(flags UNIX_COMMAND "${out}")
+separate_arguments(flags UNIX_COMMAND "${FLAGS} ${out}")
 step("${COMPILER}" -std=c++20 "${consumer}/consumer.cpp" -o "${WORK}/consumer" ${flags} "-Wl,-rpath,${WORK}/moved/${LIBDIR}")
 expect_answer("${WORK}/consumer")
 
