@@ -25,7 +25,7 @@ PACKAGES = {
     "POCO": "libpoco-dev",
     "ICU": "libicu-dev",
     "C library (malloc, iconv)": "libc6",
-    "mimalloc": "libmimalloc-dev",
+    "mimalloc": "libmimalloc2.0",
     "jemalloc": "libjemalloc2",
     "Boost": "libboost-dev",
 }
