@@ -167,6 +167,20 @@ TEST_F(Printer, DerivedClassesHaveTheirSay) {
     root->get_childElements()->deleteAll();
     root->addChildNode(plain);
     EXPECT_EQ(printed(document), u"<a>\r\n  <p>\r\n    <q>x</q>\r\n  </p>\r\n</a>\r\n");
+
+    // One that changes the settings of its document while it is printed.
+    class Changing : public DOM::_XMLComment {
+        _WideString toString(std::int32_t) override {
+            get_documentNode()->set_lineTermination(u"|"_w);
+            return _WideString(valuePattern);
+        }
+    };
+    auto * const changing = new Changing;
+    changing->set_documentNode(&document);
+    root->get_childElements()->deleteAll();
+    root->addChildNode(changing);
+    root->addElement(u"e"_w, nullptr);
+    EXPECT_EQ(printed(document), u"<a>\r\nv  <e/>|</a>|");
 }
 
 TEST_F(Printer, ZeroUnitsEndAFormattedPiece) {
