@@ -107,19 +107,12 @@ void heapFree(void * block) noexcept {
     std::free(block);
 }
 
-bool heapAllocateThree(std::size_t const (&bytes)[3], void * (&blocks)[3]) noexcept {
-    for (std::size_t index = 0; index < 3; ++index) {
-        blocks[index] = heapAllocate(bytes[index], false);
-    }
-    if (blocks[0] != nullptr && blocks[1] != nullptr && blocks[2] != nullptr) {
-        return true;
-    }
-    heapFreeThree(blocks);
-    return false;
+void * heapLay(std::size_t) noexcept {
+    return nullptr; // each block is asked for
 }
 
-void heapFreeThree(void * const (&blocks)[3]) noexcept {
-    for (void * const block : blocks) {
+void heapFreeThree(void * first, void * second, void * third) noexcept {
+    for (void * const block : {first, second, third}) {
         heapFree(block);
     }
 }

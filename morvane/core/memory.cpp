@@ -85,19 +85,34 @@ void _Memory::set_unallocationCount(std::int32_t count) {
     }
 }
 
-bool morvane::HeapBatch::take(std::size_t const (&bytes)[3], void * (&blocks)[3]) noexcept {
-    if (globalProcessMemory == nullptr) {
-        return false;
+void * morvane::HeapBatch::takeLaid(std::size_t bytes) noexcept {
+    _Memory * const memory = globalProcessMemory;
+    void * const laid = memory != nullptr ? platform::heapLay(bytes) : nullptr;
+    if (laid != nullptr) {
+        memory->count(&_Memory::Share::allocationCount, 2);
     }
-    globalProcessMemory->count(&_Memory::Share::allocationCount, 2);
-    if (platform::heapAllocateThree(bytes, blocks)) {
-        return true;
-    }
-    globalProcessMemory->count(&_Memory::Share::unallocationCount, 2);
-    return false;
+    return laid;
 }
 
-void morvane::HeapBatch::giveBack(void * const (&blocks)[3]) noexcept {
+morvane::HeapBatch::Blocks morvane::HeapBatch::takeApart(std::size_t objectBytes, std::size_t firstBytes,
+                                                         std::size_t secondBytes) noexcept {
+    if (globalProcessMemory == nullptr) {
+        return {};
+    }
+    Blocks const blocks{platform::heapAllocate(objectBytes, false), platform::heapAllocate(firstBytes, false),
+                        platform::heapAllocate(secondBytes, false)};
+    globalProcessMemory->count(&_Memory::Share::allocationCount, 2);
+    if (blocks.object != nullptr && blocks.first != nullptr && blocks.second != nullptr) {
+        return blocks;
+    }
     globalProcessMemory->count(&_Memory::Share::unallocationCount, 2);
-    platform::heapFreeThree(blocks);
+    for (void * const block : {blocks.object, blocks.first, blocks.second}) {
+        platform::heapFree(block);
+    }
+    return {};
+}
+
+void morvane::HeapBatch::giveBack(void * object, void * first, void * second) noexcept {
+    globalProcessMemory->count(&_Memory::Share::unallocationCount, 2);
+    platform::heapFreeThree(object, first, second);
 }

@@ -37,6 +37,8 @@ struct alignas(64) HeapPage {
     std::uint32_t reciprocal;
     /// Blocks that are with the program, or in the run that the owner hands out.
     std::uint32_t usedBlocks;
+    /// When no more than so many are, the page may have to be listed or given back.
+    std::uint32_t fewBlocks;
     std::uint16_t blockBytes;
     /// Blocks that fit, and those of them that were ever handed out, which are the first ones.
     std::uint16_t capacity;

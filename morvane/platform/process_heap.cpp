@@ -38,6 +38,16 @@ void heapFree(void * block) noexcept {
     std::free(block);
 }
 
+void * heapLay(std::size_t) noexcept {
+    return nullptr;
+}
+
+void heapFreeThree(void * first, void * second, void * third) noexcept {
+    std::free(first);
+    std::free(second);
+    std::free(third);
+}
+
 #else
 
 void * heapAllocate(std::size_t bytes, bool zeroed) noexcept {
@@ -48,23 +58,14 @@ void heapFree(void * block) noexcept {
     segmentFree(block);
 }
 
+void * heapLay(std::size_t bytes) noexcept {
+    return segmentLay(bytes);
+}
+
+void heapFreeThree(void * first, void * second, void * third) noexcept {
+    segmentFreeThree(first, second, third);
+}
+
 #endif
-
-bool heapAllocateThree(std::size_t const (&bytes)[3], void * (&blocks)[3]) noexcept {
-    for (std::size_t index = 0; index < 3; ++index) {
-        blocks[index] = heapAllocate(bytes[index], false);
-    }
-    if (blocks[0] == nullptr || blocks[1] == nullptr || blocks[2] == nullptr) [[unlikely]] {
-        heapFreeThree(blocks);
-        return false;
-    }
-    return true;
-}
-
-void heapFreeThree(void * const (&blocks)[3]) noexcept {
-    for (void * const block : blocks) {
-        heapFree(block);
-    }
-}
 
 } // namespace morvane::platform

@@ -17,12 +17,22 @@ void * heapAllocate(std::size_t bytes, bool zeroed) noexcept;
 /// Takes a block back, on any thread. Null is ignored.
 void heapFree(void * block) noexcept;
 
-/// Three blocks at once, uncleared, each as `heapAllocate` gives it; false, with none taken, when the system refuses
-/// one.
-bool heapAllocateThree(std::size_t const (&bytes)[3], void * (&blocks)[3]) noexcept;
+/// What an object and its two buffers take that are laid one behind the other: each begins at a multiple of the step,
+/// and together they have `mostLaidBytes` at most.
+inline constexpr std::size_t laidStep = 16;
+inline constexpr std::size_t mostLaidBytes = 1024;
+constexpr std::size_t laidBytes(std::size_t bytes) noexcept {
+    return (bytes + laidStep - 1) / laidStep * laidStep;
+}
 
-/// Takes three blocks back, each as `heapFree` does.
-void heapFreeThree(void * const (&blocks)[3]) noexcept;
+/// Room for three blocks, uncleared, each of which is the caller's as if it were from `heapAllocate`; `bytes` is the
+/// sum of their `laidBytes`, none of them 0. Null when the system refuses, and where blocks are always kept apart. Any
+/// thread may call it.
+void * heapLay(std::size_t bytes) noexcept;
+
+/// Takes three blocks back, none of them null, on any thread: at little cost those of `heapLay` in their order. The
+/// second and third of these may have been replaced by blocks of `heapAllocate`.
+void heapFreeThree(void * first, void * second, void * third) noexcept;
 
 /// 1 to `mostThreadNumber` on a thread that has allocated, as long as it bears the number alone, 0 on any other. What a
 /// thread wrote under its number is seen by the thread that bears it next.

@@ -138,17 +138,30 @@ ThreadHeap * IdleHeaps::removeFirst() noexcept {
     return heap;
 }
 
-void * ThreadHeap::allocateSlowly(std::size_t sizeClass, std::size_t bytes, bool zeroed) noexcept {
-    if (this == &noHeap) {
-        ThreadHeap * const heap = idleHeaps.takeOne();
-        if (heap == nullptr) {
-            return nullptr;
-        }
+/// The calling thread has its first block to come; null when the system refuses it a heap.
+ThreadHeap * ThreadHeap::begin() noexcept {
+    ThreadHeap * const heap = idleHeaps.takeOne();
+    if (heap != nullptr) {
         currentHeap = heap;
         threadNumber = heap->bearer;
-        return heap->allocate(sizeClass, bytes, zeroed);
+    }
+    return heap;
+}
+
+void * ThreadHeap::allocateSlowly(std::size_t sizeClass, std::size_t bytes, bool zeroed) noexcept {
+    if (this == &noHeap) {
+        ThreadHeap * const heap = begin();
+        return heap != nullptr ? heap->allocate(sizeClass, bytes, zeroed) : nullptr;
     }
     return refill(sizeClass) ? allocate(sizeClass, bytes, zeroed) : nullptr;
+}
+
+void * ThreadHeap::laySlowly(std::size_t bytes) noexcept {
+    if (this == &noHeap) {
+        ThreadHeap * const heap = begin();
+        return heap != nullptr ? heap->lay(bytes) : nullptr;
+    }
+    return openGap(bytes) ? gap.lay(bytes) : nullptr;
 }
 
 bool ThreadHeap::refill(std::size_t sizeClass) noexcept {
@@ -191,27 +204,34 @@ bool ThreadHeap::openRun(Run & run, HeapPage & page) noexcept {
 
 HeapPage * ThreadHeap::nextPage(std::size_t sizeClass) noexcept {
     Run const & run = runs[sizeClass];
-    PageList const & list = lists[sizeClass];
-    if (list.first == nullptr) {
+    if (lists[sizeClass].first == nullptr) {
         takeRemote();
         if (run.page != nullptr && run.page->freeWords != 0) {
             return run.page;
         }
     }
-    if (HeapPage * const page = list.first; page != nullptr) {
+    if (HeapPage * const page = listedPage(sizeClass); page != nullptr) {
+        return page;
+    }
+    // A class that has filled a page is likely to fill the next one.
+    return makePage(sizeClass, run.page != nullptr);
+}
+
+/// A page of the class with free blocks, from this heap's list or one that waits; null when there is none.
+HeapPage * ThreadHeap::listedPage(std::size_t sizeClass) noexcept {
+    if (HeapPage * const page = lists[sizeClass].first; page != nullptr) {
         unlist(*page);
         return page;
     }
-    if (HeapPage * const page = idleHeaps.takePage(sizeClass); page != nullptr) {
+    HeapPage * const page = idleHeaps.takePage(sizeClass);
+    if (page != nullptr) {
         page->owner.store(this, std::memory_order_relaxed);
-        return page;
     }
-    return makePage(sizeClass);
+    return page;
 }
 
-HeapPage * ThreadHeap::makePage(std::size_t sizeClass) noexcept {
-    // A class that has filled a page is likely to fill the next one.
-    HeapPage * const page = acquirePage(runs[sizeClass].page != nullptr);
+HeapPage * ThreadHeap::makePage(std::size_t sizeClass, bool populate) noexcept {
+    HeapPage * const page = acquirePage(populate);
     if (page == nullptr) {
         return nullptr;
     }
@@ -220,14 +240,69 @@ HeapPage * ThreadHeap::makePage(std::size_t sizeClass) noexcept {
     page->freeWords = 0;
     page->reciprocal = static_cast<std::uint32_t>(((std::uint64_t{1} << 32) + bytes - 1) / bytes);
     page->usedBlocks = 0;
+    page->fewBlocks = 0;
     page->blockBytes = static_cast<std::uint16_t>(bytes);
     page->capacity = static_cast<std::uint16_t>(capacity);
     page->openedBlocks = 0;
     page->sizeClass = static_cast<std::uint8_t>(sizeClass);
     page->listed = false;
     std::fill_n(page->freeBits, (capacity + 63) / 64, 0);
+    if (sizeClass == laidClass) {
+        prepareLaidPage(*page);
+    }
     page->owner.store(this, std::memory_order_relaxed);
     return page;
+}
+
+/// Finds a gap with room for so many bytes, in this page or others.
+bool ThreadHeap::openGap(std::size_t bytes) noexcept {
+    bool const hadPage = gap.page() != nullptr;
+    bool wasOfUse = true;
+    while (gap.page() == nullptr || !gap.advance(bytes)) {
+        if (gap.page() != nullptr) {
+            HeapPage & page = closeGap();
+            // It is of use again when half its blocks are back; after it had no room at all, when there is more.
+            page.fewBlocks = wasOfUse ? countLaidBlocks(page) / 2 : page.usedBlocks / 4 * 3;
+            lookAtLaid(page);
+        }
+        if (lists[laidClass].first == nullptr) {
+            takeRemote();
+        }
+        HeapPage * page = listedPage(laidClass);
+        if (page == nullptr) {
+            page = makePage(laidClass, hadPage);
+        }
+        if (page == nullptr) {
+            return false;
+        }
+        gap.open(*page);
+        wasOfUse = false;
+    }
+    return true;
+}
+
+HeapPage & ThreadHeap::closeGap() noexcept {
+    HeapPage & page = *gap.page();
+    gap.close();
+    return page;
+}
+
+/// Does what is due with a page of laid blocks of which few are in use.
+void ThreadHeap::lookAtLaid(HeapPage & page) noexcept {
+    if (page.usedBlocks > page.fewBlocks) {
+        return;
+    }
+    if (gap.page() == &page) {
+        gap.beginAnew();
+    } else if (page.usedBlocks == 0) {
+        if (page.listed) {
+            unlist(page);
+        }
+        releasePage(page);
+    } else if (!page.listed) {
+        page.fewBlocks = 0;
+        enlist(page);
+    }
 }
 
 void ThreadHeap::freeFromAfar(void * block) noexcept {
@@ -238,6 +313,10 @@ void ThreadHeap::freeFromAfar(void * block) noexcept {
 }
 
 void ThreadHeap::freeSlowly(HeapPage & page, std::size_t word) noexcept {
+    if (page.sizeClass == laidClass) {
+        lookAtLaid(page);
+        return;
+    }
     bool const wasFull = page.freeWords == 0;
     page.freeWords |= std::uint64_t{1} << word;
     if (runs[page.sizeClass].page == &page) {
@@ -291,7 +370,13 @@ void ThreadHeap::takeRemote() noexcept {
 }
 
 void ThreadHeap::closeRuns() noexcept {
-    for (Run & run : runs) {
+    if (gap.page() != nullptr) {
+        HeapPage & page = closeGap();
+        page.fewBlocks = page.usedBlocks;
+        lookAtLaid(page);
+    }
+    for (std::size_t sizeClass = 0; sizeClass < sizeClasses; ++sizeClass) {
+        Run & run = runs[sizeClass];
         if (run.spare != nullptr) {
             putBack(pageOf(run.spare), run.spare);
         }
@@ -312,6 +397,12 @@ void ThreadHeap::closeRuns() noexcept {
             enlist(*page);
         }
     }
+}
+
+void segmentFreeEach(void * first, void * second, void * third) noexcept {
+    segmentFree(first);
+    segmentFree(second);
+    segmentFree(third);
 }
 
 void releaseHeap() noexcept {

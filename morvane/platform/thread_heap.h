@@ -3,6 +3,7 @@
 // size class  blocks of one size: steps of 8 bytes up to 1 KB, from there eight steps to each doubling, up to 32 KB
 // run         up to 64 neighbouring blocks of a page that the thread hands out one after the other, lowest address
 // first
+// laid blocks an object and its two buffers, one behind the other in a page of such
 //
 // A block has no header. A free one is a bit beside its page, so that taking and giving back touch no memory but the
 // bits, and blocks come back in the order of their addresses whatever the order in which they were freed. Blocks that
@@ -17,6 +18,7 @@
 #include <cstdint>
 #include <cstring>
 #include <morvane/platform/heap_segment.h>
+#include <morvane/platform/laid_blocks.h>
 
 namespace morvane::platform {
 
@@ -24,6 +26,9 @@ inline constexpr std::size_t mostFineBytes = 1024;
 inline constexpr std::size_t mostSmallBytes = 32768;
 inline constexpr std::size_t fineClasses = mostFineBytes / 8 + 1;
 inline constexpr std::size_t sizeClasses = fineClasses + 5 * 8;
+
+/// What stands for the class in pages of laid blocks.
+inline constexpr std::size_t laidClass = sizeClasses;
 
 /// The class of the smallest blocks that hold `bytes` bytes, up to 1 KB. Class 0 is that of 0 bytes.
 inline std::size_t fineClassOf(std::size_t bytes) noexcept {
@@ -37,8 +42,11 @@ inline std::size_t coarseClassOf(std::size_t bytes) noexcept {
     return fineClasses + (shift - 7) * 8 + (last >> shift) - 8;
 }
 
-/// The bytes of a block of the class.
+/// The bytes of a block of the class; those of a step for laid blocks.
 constexpr std::size_t blockBytesOf(std::size_t sizeClass) noexcept {
+    if (sizeClass == laidClass) {
+        return laidStep;
+    }
     if (sizeClass < fineClasses) {
         return sizeClass != 0 ? sizeClass * 8 : 8;
     }
@@ -68,7 +76,7 @@ inline void clearBlock(void * block, std::size_t bytes) noexcept {
 /// The small blocks of one thread.
 class ThreadHeap {
 public:
-    constexpr ThreadHeap() = default;
+    constexpr ThreadHeap() { runs[laidClass].spare = this; }
     ThreadHeap(ThreadHeap const &) = delete;
     ~ThreadHeap() = default;
 
@@ -77,8 +85,23 @@ public:
     /// A block of the size class, its first `bytes` bytes cleared when `zeroed`; null when the system refuses.
     void * allocate(std::size_t sizeClass, std::size_t bytes, bool zeroed) noexcept;
 
+    /// Room for three blocks, one behind the other, uncleared; `bytes` is the sum of their `laidBytes`, up to
+    /// `mostLaidBytes`. Null when the system refuses.
+    void * lay(std::size_t bytes) noexcept {
+        void * const first = gap.lay(bytes);
+        return first != nullptr ? first : laySlowly(bytes);
+    }
+
     /// Takes a block of a page of this heap back.
     void free(HeapPage & page, void * block) noexcept;
+
+    /// Takes three blocks back that were laid in one go in that page of this heap.
+    void freeLaid(HeapPage & page, void * first) noexcept {
+        page.usedBlocks -= takeBackThree(first) ? 3 : 0;
+        if (page.usedBlocks <= page.fewBlocks) [[unlikely]] {
+            lookAtLaid(page);
+        }
+    }
 
     /// Takes a block back that some other thread frees. Any thread may call it.
     void freeFromAfar(void * block) noexcept;
@@ -96,7 +119,7 @@ private:
         /// Whether the blocks are known to be zero.
         bool zeroed = false;
         /// A block that came back and is handed out next, so that one that replaces another takes its place; null when
-        /// there is none. Its page counts it as used.
+        /// there is none. Its page counts it as used. Of laid blocks none is kept: there it is the heap itself.
         void * spare = nullptr;
     };
 
@@ -105,14 +128,21 @@ private:
         HeapPage * last = nullptr;
     };
 
+    static ThreadHeap * begin() noexcept;
     void * allocateSlowly(std::size_t sizeClass, std::size_t bytes, bool zeroed) noexcept;
+    void * laySlowly(std::size_t bytes) noexcept;
     bool refill(std::size_t sizeClass) noexcept;
     static bool openRun(Run & run, HeapPage & page) noexcept;
     HeapPage * nextPage(std::size_t sizeClass) noexcept;
-    HeapPage * makePage(std::size_t sizeClass) noexcept;
+    HeapPage * listedPage(std::size_t sizeClass) noexcept;
+    HeapPage * makePage(std::size_t sizeClass, bool populate) noexcept;
+
+    bool openGap(std::size_t bytes) noexcept;
+    HeapPage & closeGap() noexcept;
 
     void putBack(HeapPage & page, void * block) noexcept;
     void freeSlowly(HeapPage & page, std::size_t word) noexcept;
+    void lookAtLaid(HeapPage & page) noexcept;
     void enlist(HeapPage & page) noexcept;
     void unlist(HeapPage & page) noexcept;
 
@@ -121,8 +151,9 @@ private:
     /// Puts the rest of every run back, so that all pages with free blocks stand in the lists.
     void closeRuns() noexcept;
 
-    Run runs[sizeClasses];
-    PageList lists[sizeClasses];
+    Run runs[sizeClasses + 1];
+    PageList lists[sizeClasses + 1];
+    LaidGap gap;
     /// Blocks that other threads have freed, each leading to the next by its first word.
     alignas(64) std::atomic<void *> remote{nullptr};
     /// Of all heaps, and of those without a thread.
@@ -186,7 +217,7 @@ inline void ThreadHeap::putBack(HeapPage & page, void * block) noexcept {
     }
     word = after;
     --page.usedBlocks;
-    if (before == 0 || page.usedBlocks == 0) [[unlikely]] {
+    if (before == 0 || page.usedBlocks <= page.fewBlocks) [[unlikely]] {
         freeSlowly(page, static_cast<std::size_t>(number / 64));
     }
 }
@@ -202,6 +233,11 @@ inline void * segmentAllocate(std::size_t bytes, bool zeroed) noexcept {
     return acquireLarge(bytes, zeroed);
 }
 
+/// Room for three blocks, as `ThreadHeap::lay` gives it.
+inline void * segmentLay(std::size_t bytes) noexcept {
+    return currentHeap->lay(bytes);
+}
+
 inline void segmentFree(void * block) noexcept {
     if (block == nullptr) {
         return;
@@ -214,6 +250,24 @@ inline void segmentFree(void * block) noexcept {
         owner->freeFromAfar(block);
     } else {
         releaseLarge(block);
+    }
+}
+
+/// Takes back three blocks, none of them null, one by one.
+void segmentFreeEach(void * first, void * second, void * third) noexcept;
+
+/// Takes back three blocks, none of them null. Those behind the first of what was laid in one go may have been replaced
+/// by others that were not laid.
+inline void segmentFreeThree(void * first, void * second, void * third) noexcept {
+    auto const apart = [first](void * block) {
+        return reinterpret_cast<std::uintptr_t>(first) ^ reinterpret_cast<std::uintptr_t>(block);
+    };
+    HeapPage & page = pageOf(first);
+    ThreadHeap * const owner = page.owner.load(std::memory_order_relaxed);
+    if ((apart(second) | apart(third)) < sliceBytes && owner == currentHeap && page.sizeClass == laidClass) [[likely]] {
+        owner->freeLaid(page, first);
+    } else {
+        segmentFreeEach(first, second, third);
     }
 }
 

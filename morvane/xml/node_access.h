@@ -56,30 +56,34 @@ struct NodeAccess {
     template <typename Class>
     static std::unique_ptr<Class> make(DOM::_XMLDocument * document, Node * parent, NodeTexts const & texts = {}) {
         constexpr std::size_t unitBytes = sizeof(unsigned short int);
-        std::size_t const bytes[3]{sizeof(Class), (texts.name.length + 1) * unitBytes,
-                                   (texts.value.length + 1) * unitBytes};
-        void * blocks[3];
-        if (std::max(bytes[1], bytes[2]) > UINT32_MAX || !HeapBatch::take(bytes, blocks)) {
+        std::size_t const nameBytes = (texts.name.length + 1) * unitBytes;
+        std::size_t const valueBytes = (texts.value.length + 1) * unitBytes;
+        HeapBatch::Blocks blocks{};
+        if (std::max(nameBytes, valueBytes) <= UINT32_MAX) [[likely]] {
+            blocks = HeapBatch::take(sizeof(Class), nameBytes, valueBytes);
+        }
+        if (blocks.object == nullptr) [[unlikely]] {
             throw std::bad_alloc();
         }
-        return std::unique_ptr<Class>(::new (blocks[0])
+        return std::unique_ptr<Class>(::new (blocks.object)
                                           Class({.document = document,
                                                  .parent = parent,
-                                                 .name = fill(blocks[1], texts.name),
+                                                 .name = fill(blocks.first, texts.name),
                                                  .nameUnits = static_cast<std::uint32_t>(texts.name.length),
-                                                 .value = fill(blocks[2], texts.value),
+                                                 .value = fill(blocks.second, texts.value),
                                                  .valueUnits = static_cast<std::uint32_t>(texts.value.length)}));
     }
 
     /// Deletes a node that is exactly a `Class` and holds no children and attributes.
     template <typename Class>
     static void destroy(Class & node) noexcept {
-        void * const blocks[3]{&node, node.nodeName.get_data(), node.nodeValue.get_data()};
-        if (blocks[1] == nullptr || blocks[2] == nullptr) {
+        void * const name = node.nodeName.get_data();
+        void * const value = node.nodeValue.get_data();
+        if (name == nullptr || value == nullptr) [[unlikely]] {
             delete &node;
         } else {
             // Nothing is left to its destructor but what goes here.
-            HeapBatch::giveBack(blocks);
+            HeapBatch::giveBack(&node, name, value);
         }
     }
 
