@@ -16,22 +16,16 @@ namespace morvane {
 /// Units of one look.
 inline constexpr std::size_t stopsAtOnce = 16;
 
-#ifdef MORVANE_STOPS_SSE2
-/// All bits of each of the eight units that is one of `Stops`.
-template <unsigned short int... Stops>
-inline __m128i matchStops(unsigned short int const * units) noexcept {
-    __m128i const eight = _mm_loadu_si128(reinterpret_cast<__m128i const *>(units));
-    __m128i hits = _mm_setzero_si128();
-    ((hits = _mm_or_si128(hits, _mm_cmpeq_epi16(eight, _mm_set1_epi16(static_cast<short>(Stops))))), ...);
-    return hits;
-}
-#endif
-
-/// One bit, from the lowest, for each of the sixteen units that is one of `Stops`.
+/// One bit, from the lowest, for each of the sixteen units that is one of `Stops`, all of which are below 127.
 template <unsigned short int... Stops>
 inline std::uint32_t stopsOf(unsigned short int const * units) noexcept {
+    static_assert(((Stops < 127) && ...));
 #ifdef MORVANE_STOPS_SSE2
-    __m128i const hits = _mm_packs_epi16(matchStops<Stops...>(units), matchStops<Stops...>(units + 8));
+    // As signed bytes the units below 127 stay what they are, and no other one becomes one of them.
+    auto const * const eights = reinterpret_cast<__m128i const *>(units);
+    __m128i const sixteen = _mm_packs_epi16(_mm_loadu_si128(eights), _mm_loadu_si128(eights + 1));
+    __m128i hits = _mm_setzero_si128();
+    ((hits = _mm_or_si128(hits, _mm_cmpeq_epi8(sixteen, _mm_set1_epi8(static_cast<char>(Stops))))), ...);
     return static_cast<std::uint32_t>(_mm_movemask_epi8(hits));
 #else
     std::uint32_t hits = 0;

@@ -1,6 +1,7 @@
 #include <morvane/xml/attribute_index.h>
 
 #include <morvane/xml/folded_name.h>
+#include <new>
 
 namespace morvane {
 
@@ -34,7 +35,9 @@ void AttributeIndex::set(WideView name, WideView value) {
         found->value = value;
         return;
     }
-    entries.push_back({name, value});
+    if (!entries.push({name, value})) {
+        throw std::bad_alloc();
+    }
     if (entries.size() <= listed) {
         return;
     }
@@ -50,18 +53,18 @@ void AttributeIndex::set(WideView name, WideView value) {
 
 AttributeIndex::Entry * AttributeIndex::find(WideView name) noexcept {
     if (table.empty()) {
-        for (Entry & entry : entries) {
-            if (equalFolded(entry.name, name)) {
-                return &entry;
+        for (std::size_t index = 0; index < entries.size(); ++index) {
+            if (equalFolded(entries.from(index)->name, name)) {
+                return entries.from(index);
             }
         }
         return nullptr;
     }
     std::size_t const mask = table.size() - 1;
     for (std::size_t place = hashFolded(name) & mask; table[place] != 0; place = (place + 1) & mask) {
-        Entry & entry = entries[table[place] - 1];
-        if (equalFolded(entry.name, name)) {
-            return &entry;
+        Entry * const entry = entries.from(table[place] - 1);
+        if (equalFolded(entry->name, name)) {
+            return entry;
         }
     }
     return nullptr;
@@ -69,7 +72,7 @@ AttributeIndex::Entry * AttributeIndex::find(WideView name) noexcept {
 
 void AttributeIndex::enter(std::uint32_t entry) noexcept {
     std::size_t const mask = table.size() - 1;
-    std::size_t place = hashFolded(entries[entry].name) & mask;
+    std::size_t place = hashFolded(entries.from(entry)->name) & mask;
     while (table[place] != 0) {
         place = (place + 1) & mask;
     }

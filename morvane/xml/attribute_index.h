@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <morvane/strings/text_view.h>
 #include <morvane/xml/attribute_words.h>
+#include <morvane/xml/growing_stack.h>
 #include <vector>
 
 namespace morvane {
@@ -23,15 +24,15 @@ public:
 
     /// Forgets the former tag.
     void clear() noexcept {
-        entries.clear();
+        entries.cut(0);
         table.clear();
     }
     /// Sets the value of the attribute of that name, which keeps its place and its name as it was written, or adds one.
     void set(WideView name, WideView value);
 
     std::size_t size() const noexcept { return entries.size(); }
-    Entry const * begin() const noexcept { return entries.data(); }
-    Entry const * end() const noexcept { return entries.data() + entries.size(); }
+    Entry const * begin() const noexcept { return entries.from(0); }
+    Entry const * end() const noexcept { return entries.from(entries.size()); }
 
 private:
     /// Up to so many entries are compared one by one.
@@ -40,7 +41,7 @@ private:
     Entry * find(WideView name) noexcept;
     void enter(std::uint32_t entry) noexcept;
 
-    std::vector<Entry> entries;
+    GrowingStack<Entry, 16> entries;
     /// Indices into `entries` plus 1, 0 for a free place; a power of two of them, half free at least. Empty while all
     /// are compared.
     std::vector<std::uint32_t> table;

@@ -9,6 +9,7 @@ struct CharsetName {
     char bytes[16] = {};
     unsigned short int units[16] = {};
     std::size_t length = 0;
+    std::uint64_t signs = 0;
 
     // NOLINTNEXTLINE(google-explicit-constructor): the table below reads as the list of names that it is.
     template <std::size_t Size>
@@ -19,6 +20,7 @@ struct CharsetName {
             bytes[index] = byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + ('a' - 'A')) : byte;
             units[index] = static_cast<unsigned char>(bytes[index]);
         }
+        signs = signsIn(DataView{bytes, length});
     }
 };
 
@@ -34,6 +36,10 @@ constexpr CharsetName charsetNames[charsetLimit] = {
 WideView charsetName(std::int32_t number) noexcept {
     CharsetName const & name = charsetNames[number];
     return {name.units, name.length};
+}
+
+std::uint64_t charsetNameSigns(std::int32_t number) noexcept {
+    return charsetNames[number].signs;
 }
 
 DataView charsetNameBytes(std::int32_t number) noexcept {

@@ -16,4 +16,17 @@ WideView charsetName(std::int32_t number) noexcept;
 /// The name as bytes.
 DataView charsetNameBytes(std::int32_t number) noexcept;
 
+/// A bit for each letter, digit or mark that a text in lower case holds; other units share the bits of these.
+template <typename Text>
+constexpr std::uint64_t signsIn(Text const & text) noexcept {
+    std::uint64_t signs = 0;
+    for (auto const unit : text) {
+        signs |= std::uint64_t{1} << ((unit & 31) + ((unit & 64) != 0 ? 0 : 32));
+    }
+    return signs;
+}
+
+/// The signs of the name: a text without one of them does not hold the name.
+std::uint64_t charsetNameSigns(std::int32_t number) noexcept;
+
 } // namespace morvane

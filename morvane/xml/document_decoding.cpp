@@ -48,10 +48,20 @@ std::vector<Unit> lowered(TextView<Unit> text) {
     return result;
 }
 
+/// The charsets that a declaration names.
 template <typename Unit>
-bool declares(TextView<Unit> declaration, std::int32_t number) noexcept {
-    return findText(declaration, charsetNameIn<Unit>(number)) != notFound;
-}
+class DeclaredCharsets {
+public:
+    explicit DeclaredCharsets(TextView<Unit> declaration) noexcept : text(declaration), signs(signsIn(declaration)) {}
+
+    bool has(std::int32_t number) const noexcept {
+        return (charsetNameSigns(number) & ~signs) == 0 && findText(text, charsetNameIn<Unit>(number)) != notFound;
+    }
+
+private:
+    TextView<Unit> text;
+    std::uint64_t signs;
+};
 
 /// The charset of the first declaration in `bytes`, the highest that it names. False without a declaration.
 bool identifyInBytes(DataView bytes, DOM::XMLCharset & charset) {
@@ -60,9 +70,10 @@ bool identifyInBytes(DataView bytes, DOM::XMLCharset & charset) {
         return false;
     }
     std::vector<char> const text = lowered(declaration);
+    DeclaredCharsets<char> const declared({text.data(), text.size()});
     charset = DOM::charsetUTF8;
     for (std::int32_t number = charsetLimit - 1; number >= 0; --number) {
-        if (declares<char>({text.data(), text.size()}, number)) {
+        if (declared.has(number)) {
             charset = static_cast<DOM::XMLCharset>(number);
             break;
         }
@@ -80,8 +91,9 @@ DOM::XMLCharset identifyInUnits(WideView units, bool inAnyCase, DOM::XMLCharset 
             text = lowered(declaration);
             declaration = {text.data(), text.size()};
         }
+        DeclaredCharsets<unsigned short int> const declared(declaration);
         for (std::int32_t number = 0; number < charsetLimit && !declaration.isEmpty(); ++number) {
-            if (declares(declaration, number)) {
+            if (declared.has(number)) {
                 return static_cast<DOM::XMLCharset>(number);
             }
         }

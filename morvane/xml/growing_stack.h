@@ -30,6 +30,7 @@ public:
     void pop() noexcept { --count; }
     /// The items from `first` on, which stay where they are until the next push.
     Item * from(std::size_t first) noexcept { return items + first; }
+    Item const * from(std::size_t first) const noexcept { return items + first; }
     /// Lets go of the items from `first` on.
     void cut(std::size_t first) noexcept { count = first; }
 

@@ -19,7 +19,7 @@ struct Deletion {
 };
 
 void deleteElement(Element & element) noexcept {
-    if (attributesOf(element).isNothing() && childrenOf(element).isNothing()) {
+    if (attributesOf(element).isNothing() && childrenOf(element).isNothing()) [[likely]] {
         NodeAccess::destroy(element);
     } else {
         delete &element;
@@ -38,6 +38,12 @@ void deleteLeaf(_Object * item) noexcept {
     }
 }
 
+/// True when the element has a text for its only child, or none.
+bool isShallow(Element const & element) noexcept {
+    Children const children = childrenOf(element);
+    return children.isNothing() || (children.isOnly() && isExactly<DOM::_XMLText>(*children.at(0)));
+}
+
 void releaseChildren(Element & top) noexcept {
     GrowingStack<Deletion, 32> open;
     if (childrenOf(top).isOwner()) {
@@ -47,25 +53,28 @@ void releaseChildren(Element & top) noexcept {
     while (!open.isEmpty()) {
         Deletion & deletion = open.top();
         Children children = childrenOf(*deletion.element);
-        if (_Object * const item = children.takeNext(deletion.next)) {
-            if (isExactly<Element>(*item)) {
-                auto & element = static_cast<Element &>(*item);
-                releaseAttributes(attributesOf(element));
-                // Where the stack can't grow, the element's destructor goes down one level instead.
-                if (childrenOf(element).isOwner() && open.push({&element, 0})) {
-                    continue;
+        _Object * const item = children.takeNext(deletion.next);
+        if (item == nullptr) {
+            Element & emptied = *deletion.element;
+            open.pop();
+            children.drop();
+            if (&emptied != &top) {
+                deleteElement(emptied);
+            }
+        } else if (!isExactly<Element>(*item)) {
+            deleteLeaf(item);
+        } else {
+            auto & element = static_cast<Element &>(*item);
+            releaseAttributes(attributesOf(element));
+            if (isShallow(element)) {
+                if (DOM::_XMLNode * const text = childrenOf(element).takeOnly()) {
+                    deleteLeaf(text);
                 }
                 deleteElement(element);
-            } else {
-                deleteLeaf(item);
+            } else if (!childrenOf(element).isOwner() || !open.push({&element, 0})) {
+                // Where the stack can't grow, the element's destructor goes down one level instead.
+                deleteElement(element);
             }
-            continue;
-        }
-        Element & emptied = *deletion.element;
-        open.pop();
-        children.drop();
-        if (&emptied != &top) {
-            deleteElement(emptied);
         }
     }
     childrenOf(top).drop();
@@ -136,25 +145,11 @@ void NodeItems<List>::add(Node * item) {
 }
 
 template <typename List>
-_Object * NodeItems<List>::takeNext(std::uint32_t & next) noexcept {
-    switch (how) {
-    case Holding::only:
-        how = Holding::list;
-        return static_cast<Node *>(std::exchange(held, nullptr));
-    case Holding::row:
-        while (next < row().count) {
-            if (Node * const item = std::exchange(row().nodes()[next++], nullptr)) {
-                return item;
-            }
+_Object * NodeItems<List>::takeNextOfList(std::uint32_t & next) noexcept {
+    while (held != nullptr && next < listHeld().get_count()) {
+        if (_Object * const item = listHeld().take(next++)) {
+            return item;
         }
-        break;
-    case Holding::list:
-        while (held != nullptr && next < listHeld().get_count()) {
-            if (_Object * const item = listHeld().take(next++)) {
-                return item;
-            }
-        }
-        break;
     }
     return nullptr;
 }
@@ -187,6 +182,9 @@ DOM::_XMLAttribute * findAttribute(Attributes attributes, WideView name) noexcep
 }
 
 void releaseAttributes(Attributes attributes) noexcept {
+    if (attributes.isNothing()) {
+        return;
+    }
     std::uint32_t next = 0;
     while (attributes.listOrNull() == nullptr) {
         _Object * const item = attributes.takeNext(next);

@@ -10,6 +10,7 @@
 #include <morvane/xml/xml_element.h>
 #include <morvane/xml/xml_named_node_map.h>
 #include <morvane/xml/xml_processing_instruction.h>
+#include <utility>
 
 namespace morvane {
 
@@ -105,11 +106,12 @@ public:
         // The call goes straight: nothing derives from that class.
         return held == nullptr ? nullptr : static_cast<Node *>(listHeld()._Container::getItem(index));
     }
+    bool isOnly() const noexcept { return how == Holding::only; }
     /// True when they go with the node and may be taken out one by one; false also where there are none.
     bool isOwner() const noexcept {
         return how != Holding::list || (held != nullptr && listHeld().isAlone() && listHeld().ownsItems());
     }
-    bool isNothing() const noexcept { return how == Holding::list && held == nullptr; }
+    bool isNothing() const noexcept { return held == nullptr; }
     /// The list; null where there is none.
     List * listOrNull() const noexcept { return how == Holding::list && held != nullptr ? &listHeld() : nullptr; }
 
@@ -131,12 +133,32 @@ public:
         held = &nodes;
     }
 
+    /// Takes out an only item; null where there is none or more may be.
+    Node * takeOnly() noexcept {
+        if (how != Holding::only) {
+            return nullptr;
+        }
+        how = Holding::list;
+        return static_cast<Node *>(std::exchange(held, nullptr));
+    }
     /// Takes out the next item at or behind `next`, which moves along; null when none is left. For an owner.
-    _Object * takeNext(std::uint32_t & next) noexcept;
+    _Object * takeNext(std::uint32_t & next) noexcept {
+        if (how != Holding::row) {
+            return how == Holding::only ? takeOnly() : takeNextOfList(next);
+        }
+        while (next < row().count) {
+            if (Node * const item = std::exchange(row().nodes()[next++], nullptr)) {
+                return item;
+            }
+        }
+        return nullptr;
+    }
     /// Lets go of list or row, whose items were taken out or are somebody else's.
     void drop() noexcept;
 
 private:
+    _Object * takeNextOfList(std::uint32_t & next) noexcept;
+
     NodeRow & row() const noexcept { return *static_cast<NodeRow *>(held); }
     List & listHeld() const noexcept { return List::of(*static_cast<typename List::Face *>(held)); }
 

@@ -49,17 +49,21 @@ ArrayPieces::ArrayPieces(_WideTagArray const & array, std::uint32_t & start) : t
     }
 }
 
-bool ArrayPieces::next(MarkupText & piece) {
-    if (index >= tags.get_count()) {
-        return false;
+bool ArrayPieces::next(Markup & markup) {
+    if (std::exchange(isBehindTag, true)) {
+        text = _WideString();
     }
-    _WideTag const * const entry = tags.getTag(index);
-    ++index;
-    piece.isTag = entry != nullptr && entry->isTag();
-    _WideString & held = piece.isTag ? tag : text;
-    held = entry == nullptr ? _WideString() : entry->get_wideString();
-    piece.text = viewOf(held);
-    return true;
+    while (index < tags.get_count()) {
+        _WideTag const * const entry = tags.getTag(index);
+        ++index;
+        if (entry != nullptr && entry->isTag()) {
+            tag = entry->get_wideString();
+            markup = {viewOf(text), viewOf(tag)};
+            return true;
+        }
+        text = entry == nullptr ? _WideString() : entry->get_wideString();
+    }
+    return false;
 }
 
 TreeBuilder::~TreeBuilder() {
@@ -160,9 +164,14 @@ void TreeBuilder::takeElement(WideView text, bool isEmptyElement) {
     if (isEmptyElement) {
         trace(name);
     }
-    readAttributes(words, isEmptyElement);
+    bool const mayHaveAttributes = words.position() < text.length;
+    if (mayHaveAttributes) {
+        readAttributes(words, isEmptyElement);
+    }
     std::unique_ptr<DOM::_XMLElement> element = make<DOM::_XMLElement>({.name = name, .value = {}});
-    makeAttributes(*element);
+    if (mayHaveAttributes) {
+        makeAttributes(*element);
+    }
     if (isEmptyElement) {
         link(std::move(element));
         return;
@@ -235,5 +244,23 @@ void TreeBuilder::link(std::unique_ptr<Class> node) {
     node.release();
     ++count;
 }
+
+
+template <typename Pieces>
+std::uint32_t TreeBuilder::build(Pieces & pieces) {
+    Markup markup;
+    while (pieces.next(markup)) {
+        if (takeTag(markup.tag, markup.textBefore)) {
+            return count;
+        }
+    }
+    while (!open.isEmpty()) {
+        closeElement();
+    }
+    return count;
+}
+
+template std::uint32_t TreeBuilder::build(ScannedPieces &);
+template std::uint32_t TreeBuilder::build(ArrayPieces &);
 
 } // namespace morvane

@@ -16,29 +16,29 @@
 
 namespace morvane {
 
-/// A tag with its delimiters, or the text between two.
-struct MarkupText {
-    WideView text;
-    bool isTag = false;
+/// A tag with its delimiters, and the text directly before it.
+struct Markup {
+    WideView textBefore;
+    WideView tag;
 };
 
-/// The pieces of a text as the scanner yields them, uncopied.
+/// The tags of a text as the scanner yields them, uncopied.
 class ScannedPieces {
 public:
     explicit ScannedPieces(WideView source) noexcept : text(source), scanner(source, TagScanner::Rules::xml) {}
 
-    bool next(MarkupText & piece) noexcept {
-        MarkupPiece bounds{};
-        if (!scanner.next(bounds)) {
+    bool next(Markup & markup) noexcept {
+        std::size_t const former = scanner.position();
+        std::size_t begin = 0;
+        std::size_t last = 0;
+        if (scanner.findTag(begin, last) != TagScanner::Found::tag) {
             return false;
         }
         yielded = true;
-        piece = {text.part(bounds.begin, bounds.end - bounds.begin), bounds.isTag};
+        markup = {text.part(former, begin - former), text.part(begin, last - begin + 1)};
         return true;
     }
-    /// The text in front of the first piece: none.
-    WideView textBefore() const noexcept { return {}; }
-    /// True when there was a piece.
+    /// True when there was a tag.
     bool hasYielded() const noexcept { return yielded; }
 
 private:
@@ -47,20 +47,20 @@ private:
     bool yielded = false;
 };
 
-/// The pieces of a tag array from `index` on, which moves along.
+/// The tags of a tag array from `index` on, which moves along.
 class ArrayPieces {
 public:
     ArrayPieces(_WideTagArray const & array, std::uint32_t & start);
 
-    bool next(MarkupText & piece);
-    /// The text in front of the first piece.
-    WideView textBefore() const noexcept { return viewOf(text); }
+    bool next(Markup & markup);
 
 private:
     _WideTagArray const & tags;
     std::uint32_t & index;
+    /// What the text before the next tag may be, and that tag.
     _WideString text;
     _WideString tag;
+    bool isBehindTag = false;
 };
 
 /// Builds the tree of a document out of pieces of markup.
@@ -81,24 +81,7 @@ public:
     /// Takes pieces up to the end tag of the parent or to their end, and gives the number of nodes that were linked,
     /// attributes not counted.
     template <typename Pieces>
-    std::uint32_t build(Pieces & pieces) {
-        WideView textBefore = pieces.textBefore();
-        MarkupText piece;
-        while (pieces.next(piece)) {
-            if (!piece.isTag) {
-                textBefore = piece.text;
-                continue;
-            }
-            if (takeTag(piece.text, textBefore)) {
-                return count;
-            }
-            textBefore = {};
-        }
-        while (!open.isEmpty()) {
-            closeElement();
-        }
-        return count;
-    }
+    std::uint32_t build(Pieces & pieces);
 
 private:
     using Node = DOM::_XMLNode;
@@ -109,11 +92,11 @@ private:
         std::size_t firstChild;
     };
 
-    bool takeTag(WideView tag, WideView textBefore);
+    inline bool takeTag(WideView tag, WideView textBefore);
     void takeOtherTag(WideView tag);
-    bool endElement(WideView name, WideView textBefore);
-    void closeElement();
-    void takeElement(WideView text, bool isEmptyElement);
+    inline bool endElement(WideView name, WideView textBefore);
+    inline void closeElement();
+    inline void takeElement(WideView text, bool isEmptyElement);
     void takeProcessingInstruction(WideView text);
     void readAttributes(WordSplitter & words, bool tracesEach);
     template <typename Class>
