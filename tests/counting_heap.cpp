@@ -6,6 +6,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
+#include <morvane/platform/laid_blocks.h>
 #include <morvane/platform/process_heap.h>
 
 namespace counting_heap {
@@ -107,11 +108,16 @@ void heapFree(void * block) noexcept {
     std::free(block);
 }
 
+LaidGap * heapGap() noexcept {
+    static LaidGap none;
+    return &none;
+}
+
 void * heapLay(std::size_t) noexcept {
     return nullptr; // each block is asked for
 }
 
-void heapFreeThree(void * first, void * second, void * third) noexcept {
+void heapFreeThree(void * first, void * second, void * third, LaidPage &) noexcept {
     for (void * const block : {first, second, third}) {
         heapFree(block);
     }

@@ -63,7 +63,8 @@ Three layThree(std::size_t object, std::size_t first, std::size_t second, unsign
 
 void freeThree(Three const & three) {
     auto const & [object, first, second] = three.blocks;
-    segmentFreeThree(object.bytes, first.bytes, second.bytes);
+    LaidPage last;
+    segmentFreeThree(object.bytes, first.bytes, second.bytes, last);
 }
 
 /// As many blocks, laid three by three.
@@ -189,8 +190,8 @@ TEST(Heap, FillsAPageOfLaidBlocksAgainWhenAllAreBack) {
     auto const fill = [&gap] {
         std::vector<void *> threes;
         do {
-            while (void * const three = gap.lay(96)) {
-                threes.push_back(three);
+            while (gap.fits(96)) {
+                threes.push_back(gap.lay(96));
             }
         } while (gap.advance(96));
         return threes;
@@ -200,7 +201,7 @@ TEST(Heap, FillsAPageOfLaidBlocksAgainWhenAllAreBack) {
     gap.close();
     // Every other one is back when it is opened again, and all before it is full.
     for (std::size_t index = 0; index < threes.size(); index += 2) {
-        EXPECT_TRUE(takeBackThree(threes[index]));
+        takeBackThree(page, threes[index]);
     }
     gap.open(page);
     EXPECT_TRUE(gap.advance(96));

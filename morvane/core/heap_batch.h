@@ -1,40 +1,70 @@
-// A block and two text buffers in one go.
+// Blocks of an object and its two text buffers, one such three after the other.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <morvane/platform/laid_blocks.h>
 #include <morvane/platform/process_heap.h>
 
 namespace morvane {
 
-/// The block of an object, uncounted from the process heap, and two buffers from `globalProcessMemory`, which counts
-/// two calls. Use it for what is made and goes by the million.
-struct HeapBatch {
+/// Takes and gives back blocks three at a time: that of an object, uncounted from the process heap, and two buffers
+/// from `globalProcessMemory`, which counts two calls.
+///
+/// Use one for many: it stands on the stack of one thread, and counts for them in one go, when it ends or is told to
+/// `settle`. It must be settled before other code runs that may read the counts or give such blocks back.
+class HeapBatch {
+public:
     struct Blocks {
         void * object;
         void * first;
         void * second;
     };
 
-    /// Takes the object's block, then the buffers, each of so many bytes, uncleared; all null when the heap refuses
-    /// one. The buffers' bytes are above 0 and below 2 to the 32.
-    static Blocks take(std::size_t objectBytes, std::size_t firstBytes, std::size_t secondBytes) noexcept {
-        constexpr std::size_t most = platform::mostLaidBytes;
-        std::size_t const first = platform::laidBytes(objectBytes);
-        std::size_t const second = first + platform::laidBytes(firstBytes);
-        std::size_t const all = second + platform::laidBytes(secondBytes);
-        if (firstBytes <= most && secondBytes <= most && all <= most) [[likely]] {
-            if (auto * const laid = static_cast<char *>(takeLaid(all))) [[likely]] {
+    HeapBatch() noexcept;
+    HeapBatch(HeapBatch const &) = delete;
+    ~HeapBatch() { settle(); }
+
+    HeapBatch & operator=(HeapBatch const &) = delete;
+
+    /// Takes the object's block, then the buffers, each of so many bytes, above 0, uncleared; all null when the heap
+    /// refuses one or a buffer's bytes pass 32 bits.
+    Blocks take(std::size_t objectBytes, std::size_t firstBytes, std::size_t secondBytes) noexcept {
+        if ((firstBytes | secondBytes) < platform::laidBytesLimit) [[likely]] {
+            std::size_t const first = platform::laidBytes(objectBytes);
+            std::size_t const second = first + platform::laidBytes(firstBytes);
+            std::size_t const all = second + platform::laidBytes(secondBytes);
+            if (gap->fits(all)) [[likely]] {
+                char * const laid = gap->lay(all);
+                taken += 2;
                 return {laid, laid + first, laid + second};
             }
         }
-        return takeApart(objectBytes, firstBytes, secondBytes);
+        return takeSlowly(objectBytes, firstBytes, secondBytes);
     }
     /// Takes all three back; none is null.
-    static void giveBack(void * object, void * first, void * second) noexcept;
+    void giveBack(void * object, void * first, void * second) noexcept {
+        givenBack += 2;
+        platform::heapFreeThree(object, first, second, lastPage);
+    }
+
+    /// Counts what was taken and given back so far, and forgets where it went.
+    void settle() noexcept {
+        lastPage = {};
+        if ((taken | givenBack) != 0) {
+            settleCounts();
+        }
+    }
 
 private:
-    static void * takeLaid(std::size_t bytes) noexcept;
-    static Blocks takeApart(std::size_t objectBytes, std::size_t firstBytes, std::size_t secondBytes) noexcept;
+    Blocks takeSlowly(std::size_t objectBytes, std::size_t firstBytes, std::size_t secondBytes) noexcept;
+    void settleCounts() noexcept;
+
+    /// Where the heap of this thread lays blocks.
+    platform::LaidGap * gap;
+    platform::LaidPage lastPage;
+    std::uint32_t taken = 0;
+    std::uint32_t givenBack = 0;
 };
 
 } // namespace morvane

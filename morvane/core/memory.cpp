@@ -1,5 +1,7 @@
 #include <morvane/core/memory.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <morvane/core/checks.h>
 #include <morvane/core/heap_batch.h>
 #include <morvane/core/lifecycle.h>
@@ -85,34 +87,41 @@ void _Memory::set_unallocationCount(std::int32_t count) {
     }
 }
 
-void * morvane::HeapBatch::takeLaid(std::size_t bytes) noexcept {
-    _Memory * const memory = globalProcessMemory;
-    void * const laid = memory != nullptr ? platform::heapLay(bytes) : nullptr;
-    if (laid != nullptr) {
-        memory->count(&_Memory::Share::allocationCount, 2);
-    }
-    return laid;
+morvane::HeapBatch::HeapBatch() noexcept {
+    static constinit platform::LaidGap none;
+    gap = globalProcessMemory != nullptr ? platform::heapGap() : &none;
 }
 
-morvane::HeapBatch::Blocks morvane::HeapBatch::takeApart(std::size_t objectBytes, std::size_t firstBytes,
-                                                         std::size_t secondBytes) noexcept {
-    if (globalProcessMemory == nullptr) {
+morvane::HeapBatch::Blocks morvane::HeapBatch::takeSlowly(std::size_t objectBytes, std::size_t firstBytes,
+                                                          std::size_t secondBytes) noexcept {
+    if (globalProcessMemory == nullptr || std::max(firstBytes, secondBytes) > UINT32_MAX) {
         return {};
+    }
+    taken += 2;
+    if (std::max(firstBytes, secondBytes) < platform::laidBytesLimit) {
+        std::size_t const first = platform::laidBytes(objectBytes);
+        std::size_t const second = first + platform::laidBytes(firstBytes);
+        if (auto * const laid = static_cast<char *>(platform::heapLay(second + platform::laidBytes(secondBytes)))) {
+            return {laid, laid + first, laid + second};
+        }
     }
     Blocks const blocks{platform::heapAllocate(objectBytes, false), platform::heapAllocate(firstBytes, false),
                         platform::heapAllocate(secondBytes, false)};
-    globalProcessMemory->count(&_Memory::Share::allocationCount, 2);
     if (blocks.object != nullptr && blocks.first != nullptr && blocks.second != nullptr) {
         return blocks;
     }
-    globalProcessMemory->count(&_Memory::Share::unallocationCount, 2);
+    givenBack += 2;
     for (void * const block : {blocks.object, blocks.first, blocks.second}) {
         platform::heapFree(block);
     }
     return {};
 }
 
-void morvane::HeapBatch::giveBack(void * object, void * first, void * second) noexcept {
-    globalProcessMemory->count(&_Memory::Share::unallocationCount, 2);
-    platform::heapFreeThree(object, first, second);
+void morvane::HeapBatch::settleCounts() noexcept {
+    if (_Memory * const memory = globalProcessMemory) {
+        memory->count(&_Memory::Share::allocationCount, taken);
+        memory->count(&_Memory::Share::unallocationCount, givenBack);
+    }
+    taken = 0;
+    givenBack = 0;
 }

@@ -6,7 +6,7 @@
 #include <morvane/export.h>
 
 namespace morvane {
-struct HeapBatch;
+class HeapBatch;
 }
 
 /// Hands out blocks of the process heap and counts the calls.
@@ -40,7 +40,7 @@ public:
     std::uint32_t heapFree() const;
 
 private:
-    friend struct morvane::HeapBatch;
+    friend class morvane::HeapBatch;
 
     std::int32_t get_allocationCount() const;
     std::int32_t get_unallocationCount() const;

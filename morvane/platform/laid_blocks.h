@@ -38,13 +38,13 @@ inline LaidHead & laidHeadOf(void const * address) noexcept {
     return *reinterpret_cast<LaidHead *>(reinterpret_cast<std::uintptr_t>(address) & ~(std::uintptr_t{sliceBytes} - 1));
 }
 
-/// Notes that the three blocks from `first` on are back; false when they were already.
-inline bool takeBackThree(void const * first) noexcept {
+/// Notes that the three blocks from `first` on are back, if they were not.
+inline void takeBackThree(HeapPage & page, void const * first) noexcept {
     std::size_t const step = laidStepOf(first);
     std::uint64_t & word = laidHeadOf(first).back[step / 64];
     std::uint64_t const before = word;
     word |= laidBit(step);
-    return word != before;
+    page.usedBlocks -= word != before ? 3 : 0;
 }
 
 /// The gap that a heap fills, and its page; none at first.
@@ -52,12 +52,11 @@ class LaidGap {
 public:
     HeapPage * page() const noexcept { return filled; }
 
-    /// Room for three blocks of so many bytes in all, a multiple of the step; null where the gap has not so much.
-    void * lay(std::size_t bytes) noexcept {
+    /// Whether there is room for three blocks of so many bytes in all, a multiple of the step.
+    bool fits(std::size_t bytes) const noexcept { return bytes <= static_cast<std::size_t>(end - next); }
+    /// That room, when there is.
+    char * lay(std::size_t bytes) noexcept {
         char * const first = next;
-        if (bytes > static_cast<std::size_t>(end - first)) [[unlikely]] {
-            return nullptr;
-        }
         next = first + bytes;
         std::size_t const step = laidStepOf(first);
         laidHeadOf(first).begins[step / 64] |= laidBit(step);

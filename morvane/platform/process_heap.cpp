@@ -12,6 +12,7 @@
 
 #ifdef MORVANE_SANITIZED_HEAP
 #include <cstdlib>
+#include <morvane/platform/laid_blocks.h>
 #else
 #include <morvane/platform/thread_heap.h>
 #endif
@@ -38,11 +39,16 @@ void heapFree(void * block) noexcept {
     std::free(block);
 }
 
+LaidGap * heapGap() noexcept {
+    static constinit LaidGap none;
+    return &none;
+}
+
 void * heapLay(std::size_t) noexcept {
     return nullptr;
 }
 
-void heapFreeThree(void * first, void * second, void * third) noexcept {
+void heapFreeThree(void * first, void * second, void * third, LaidPage &) noexcept {
     std::free(first);
     std::free(second);
     std::free(third);
@@ -58,12 +64,16 @@ void heapFree(void * block) noexcept {
     segmentFree(block);
 }
 
+LaidGap * heapGap() noexcept {
+    return segmentGap();
+}
+
 void * heapLay(std::size_t bytes) noexcept {
     return segmentLay(bytes);
 }
 
-void heapFreeThree(void * first, void * second, void * third) noexcept {
-    segmentFreeThree(first, second, third);
+void heapFreeThree(void * first, void * second, void * third, LaidPage & last) noexcept {
+    segmentFreeThree(first, second, third, last);
 }
 
 #endif

@@ -156,6 +156,11 @@ void * ThreadHeap::allocateSlowly(std::size_t sizeClass, std::size_t bytes, bool
     return refill(sizeClass) ? allocate(sizeClass, bytes, zeroed) : nullptr;
 }
 
+LaidGap & ThreadHeap::currentGap() noexcept {
+    ThreadHeap * const heap = currentHeap != &noHeap ? currentHeap : begin();
+    return heap != nullptr ? heap->gap : noHeap.gap;
+}
+
 void * ThreadHeap::laySlowly(std::size_t bytes) noexcept {
     if (this == &noHeap) {
         ThreadHeap * const heap = begin();
@@ -287,7 +292,6 @@ HeapPage & ThreadHeap::closeGap() noexcept {
     return page;
 }
 
-/// Does what is due with a page of laid blocks of which few are in use.
 void ThreadHeap::lookAtLaid(HeapPage & page) noexcept {
     if (page.usedBlocks > page.fewBlocks) {
         return;
@@ -399,10 +403,24 @@ void ThreadHeap::closeRuns() noexcept {
     }
 }
 
-void segmentFreeEach(void * first, void * second, void * third) noexcept {
+void segmentLookAt(LaidPage & last) noexcept {
+    HeapPage & page = *last.page;
+    last = {};
+    page.owner.load(std::memory_order_relaxed)->lookAtLaid(page);
+}
+
+void segmentFreeElsewhere(void * first, void * second, void * third, LaidPage & last) noexcept {
+    HeapPage & page = pageOf(first);
+    bool const isOwn = page.owner.load(std::memory_order_relaxed) == currentHeap && page.sizeClass == laidClass;
+    if (isOwn && &laidHeadOf(second) == &laidHeadOf(first) && &laidHeadOf(third) == &laidHeadOf(first)) {
+        last = {&page, reinterpret_cast<std::uintptr_t>(first)};
+        segmentFreeThree(first, second, third, last);
+        return;
+    }
     segmentFree(first);
     segmentFree(second);
     segmentFree(third);
+    last = {};
 }
 
 void releaseHeap() noexcept {

@@ -85,23 +85,18 @@ public:
     /// A block of the size class, its first `bytes` bytes cleared when `zeroed`; null when the system refuses.
     void * allocate(std::size_t sizeClass, std::size_t bytes, bool zeroed) noexcept;
 
-    /// Room for three blocks, one behind the other, uncleared; `bytes` is the sum of their `laidBytes`, up to
-    /// `mostLaidBytes`. Null when the system refuses.
-    void * lay(std::size_t bytes) noexcept {
-        void * const first = gap.lay(bytes);
-        return first != nullptr ? first : laySlowly(bytes);
-    }
+    /// The gap of the calling thread's heap; one without room when the system refuses it a heap.
+    static LaidGap & currentGap() noexcept;
+
+    /// Room for three blocks, one behind the other, uncleared; `bytes` is the sum of their `laidBytes`. Null when the
+    /// system refuses.
+    void * lay(std::size_t bytes) noexcept { return gap.fits(bytes) ? gap.lay(bytes) : laySlowly(bytes); }
 
     /// Takes a block of a page of this heap back.
     void free(HeapPage & page, void * block) noexcept;
 
-    /// Takes three blocks back that were laid in one go in that page of this heap.
-    void freeLaid(HeapPage & page, void * first) noexcept {
-        page.usedBlocks -= takeBackThree(first) ? 3 : 0;
-        if (page.usedBlocks <= page.fewBlocks) [[unlikely]] {
-            lookAtLaid(page);
-        }
-    }
+    /// Does what is due with a page of laid blocks of which few are in use.
+    void lookAtLaid(HeapPage & page) noexcept;
 
     /// Takes a block back that some other thread frees. Any thread may call it.
     void freeFromAfar(void * block) noexcept;
@@ -142,7 +137,6 @@ private:
 
     void putBack(HeapPage & page, void * block) noexcept;
     void freeSlowly(HeapPage & page, std::size_t word) noexcept;
-    void lookAtLaid(HeapPage & page) noexcept;
     void enlist(HeapPage & page) noexcept;
     void unlist(HeapPage & page) noexcept;
 
@@ -233,6 +227,10 @@ inline void * segmentAllocate(std::size_t bytes, bool zeroed) noexcept {
     return acquireLarge(bytes, zeroed);
 }
 
+inline LaidGap * segmentGap() noexcept {
+    return &ThreadHeap::currentGap();
+}
+
 /// Room for three blocks, as `ThreadHeap::lay` gives it.
 inline void * segmentLay(std::size_t bytes) noexcept {
     return currentHeap->lay(bytes);
@@ -253,21 +251,25 @@ inline void segmentFree(void * block) noexcept {
     }
 }
 
-/// Takes back three blocks, none of them null, one by one.
-void segmentFreeEach(void * first, void * second, void * third) noexcept;
+/// Does what is due with the page, of which few blocks are in use, and forgets it.
+void segmentLookAt(LaidPage & last) noexcept;
+
+/// The next function's work where the blocks are not those of the last page.
+void segmentFreeElsewhere(void * first, void * second, void * third, LaidPage & last) noexcept;
 
 /// Takes back three blocks, none of them null. Those behind the first of what was laid in one go may have been replaced
-/// by others that were not laid.
-inline void segmentFreeThree(void * first, void * second, void * third) noexcept {
-    auto const apart = [first](void * block) {
-        return reinterpret_cast<std::uintptr_t>(first) ^ reinterpret_cast<std::uintptr_t>(block);
-    };
-    HeapPage & page = pageOf(first);
-    ThreadHeap * const owner = page.owner.load(std::memory_order_relaxed);
-    if ((apart(second) | apart(third)) < sliceBytes && owner == currentHeap && page.sizeClass == laidClass) [[likely]] {
-        owner->freeLaid(page, first);
+/// by others that were not laid. `last` is the page of the call before.
+inline void segmentFreeThree(void * first, void * second, void * third, LaidPage & last) noexcept {
+    auto const place = reinterpret_cast<std::uintptr_t>(first);
+    std::uintptr_t const apart = (place ^ last.place) | (place ^ reinterpret_cast<std::uintptr_t>(second))
+                                 | (place ^ reinterpret_cast<std::uintptr_t>(third));
+    if (apart < sliceBytes) [[likely]] {
+        takeBackThree(*last.page, first);
+        if (last.page->usedBlocks <= last.page->fewBlocks) [[unlikely]] {
+            segmentLookAt(last);
+        }
     } else {
-        segmentFreeEach(first, second, third);
+        segmentFreeElsewhere(first, second, third, last);
     }
 }
 

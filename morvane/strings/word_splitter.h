@@ -35,7 +35,7 @@ public:
                 return true;
             }
         }
-        place = wordEnd(end);
+        place = end != text.length ? wordEnd(end) : end;
         word = text.part(begin, place - begin);
         return true;
     }

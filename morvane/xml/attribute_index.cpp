@@ -31,7 +31,7 @@ std::size_t hashFolded(WideView name) noexcept {
 } // namespace
 
 void AttributeIndex::set(WideView name, WideView value) {
-    if (Entry * const found = find(name)) {
+    if (Entry * const found = entries.isEmpty() ? nullptr : find(name)) {
         found->value = value;
         return;
     }

@@ -24,28 +24,29 @@ public:
 
     GrowingStack & operator=(GrowingStack const &) = delete;
 
-    std::size_t size() const noexcept { return count; }
-    bool isEmpty() const noexcept { return count == 0; }
-    Item & top() noexcept { return items[count - 1]; }
-    void pop() noexcept { --count; }
+    std::size_t size() const noexcept { return static_cast<std::size_t>(behind - items); }
+    bool isEmpty() const noexcept { return behind == items; }
+    Item & top() noexcept { return behind[-1]; }
+    void pop() noexcept { --behind; }
     /// The items from `first` on, which stay where they are until the next push.
     Item * from(std::size_t first) noexcept { return items + first; }
     Item const * from(std::size_t first) const noexcept { return items + first; }
     /// Lets go of the items from `first` on.
-    void cut(std::size_t first) noexcept { count = first; }
+    void cut(std::size_t first) noexcept { behind = items + first; }
 
     /// False, with the stack as it was, when the heap refuses.
     [[nodiscard]] bool push(Item const & item) noexcept {
-        if (count == capacity && !grow()) {
+        if (behind == limit && !grow()) [[unlikely]] {
             return false;
         }
-        items[count++] = item;
+        *behind++ = item;
         return true;
     }
 
 private:
     bool grow() noexcept {
-        auto * const block = static_cast<Item *>(platform::heapAllocate(2 * capacity * sizeof(Item), false));
+        std::size_t const count = size();
+        auto * const block = static_cast<Item *>(platform::heapAllocate(2 * count * sizeof(Item), false));
         if (block == nullptr) {
             return false;
         }
@@ -54,14 +55,15 @@ private:
             platform::heapFree(items);
         }
         items = block;
-        capacity *= 2;
+        behind = block + count;
+        limit = block + 2 * count;
         return true;
     }
 
     Item local[Local];
     Item * items = local;
-    std::size_t count = 0;
-    std::size_t capacity = Local;
+    Item * behind = local;
+    Item * limit = local + Local;
 };
 
 } // namespace morvane

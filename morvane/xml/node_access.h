@@ -55,13 +55,15 @@ struct NodeAccess {
     /// Throws `std::bad_alloc` where the heap refuses: a node without its text would be data lost.
     template <typename Class>
     static std::unique_ptr<Class> make(DOM::_XMLDocument * document, Node * parent, NodeTexts const & texts = {}) {
+        HeapBatch batch;
+        return make<Class>(batch, document, parent, texts);
+    }
+    template <typename Class>
+    static std::unique_ptr<Class> make(HeapBatch & batch, DOM::_XMLDocument * document, Node * parent,
+                                       NodeTexts const & texts) {
         constexpr std::size_t unitBytes = sizeof(unsigned short int);
-        std::size_t const nameBytes = (texts.name.length + 1) * unitBytes;
-        std::size_t const valueBytes = (texts.value.length + 1) * unitBytes;
-        HeapBatch::Blocks blocks{};
-        if (std::max(nameBytes, valueBytes) <= UINT32_MAX) [[likely]] {
-            blocks = HeapBatch::take(sizeof(Class), nameBytes, valueBytes);
-        }
+        HeapBatch::Blocks const blocks =
+            batch.take(sizeof(Class), (texts.name.length + 1) * unitBytes, (texts.value.length + 1) * unitBytes);
         if (blocks.object == nullptr) [[unlikely]] {
             throw std::bad_alloc();
         }
@@ -76,14 +78,15 @@ struct NodeAccess {
 
     /// Deletes a node that is exactly a `Class` and holds no children and attributes.
     template <typename Class>
-    static void destroy(Class & node) noexcept {
+    static void destroy(HeapBatch & batch, Class & node) noexcept {
         void * const name = node.nodeName.get_data();
         void * const value = node.nodeValue.get_data();
         if (name == nullptr || value == nullptr) [[unlikely]] {
+            batch.settle();
             delete &node;
         } else {
             // Nothing is left to its destructor but what goes here.
-            HeapBatch::giveBack(&node, name, value);
+            batch.giveBack(&node, name, value);
         }
     }
 

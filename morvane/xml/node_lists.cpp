@@ -18,24 +18,50 @@ struct Deletion {
     std::uint32_t next;
 };
 
-void deleteElement(Element & element) noexcept {
+void deleteElement(HeapBatch & batch, Element & element) noexcept {
     if (attributesOf(element).isNothing() && childrenOf(element).isNothing()) [[likely]] {
-        NodeAccess::destroy(element);
+        NodeAccess::destroy(batch, element);
     } else {
+        batch.settle();
         delete &element;
     }
 }
 
 /// Deletes a node that holds no children and attributes any more, unless it is an element; the library's own classes go
 /// without a look at their virtual destructors.
-void deleteLeaf(_Object * item) noexcept {
+void deleteLeaf(HeapBatch & batch, _Object * item) noexcept {
     if (isExactly<DOM::_XMLText>(*item)) {
-        NodeAccess::destroy(static_cast<DOM::_XMLText &>(*item));
+        NodeAccess::destroy(batch, static_cast<DOM::_XMLText &>(*item));
     } else if (isExactly<DOM::_XMLAttribute>(*item)) {
-        NodeAccess::destroy(static_cast<DOM::_XMLAttribute &>(*item));
+        NodeAccess::destroy(batch, static_cast<DOM::_XMLAttribute &>(*item));
     } else {
+        batch.settle();
         delete item;
     }
+}
+
+/// Lets go of list or row; what still hangs on a list goes with it.
+template <typename List>
+void drop(HeapBatch & batch, NodeItems<List> items) noexcept {
+    if (items.listOrNull() != nullptr) {
+        batch.settle();
+    }
+    items.drop();
+}
+
+void deleteAttributes(HeapBatch & batch, Attributes attributes) noexcept {
+    if (attributes.isNothing()) {
+        return;
+    }
+    std::uint32_t next = 0;
+    while (attributes.listOrNull() == nullptr) {
+        _Object * const item = attributes.takeNext(next);
+        if (item == nullptr) {
+            break;
+        }
+        deleteLeaf(batch, item);
+    }
+    drop(batch, attributes);
 }
 
 /// True when the element has a text for its only child, or none.
@@ -44,7 +70,7 @@ bool isShallow(Element const & element) noexcept {
     return children.isNothing() || (children.isOnly() && isExactly<DOM::_XMLText>(*children.at(0)));
 }
 
-void releaseChildren(Element & top) noexcept {
+void deleteChildren(HeapBatch & batch, Element & top) noexcept {
     GrowingStack<Deletion, 32> open;
     if (childrenOf(top).isOwner()) {
         // There is always room for the first.
@@ -57,27 +83,27 @@ void releaseChildren(Element & top) noexcept {
         if (item == nullptr) {
             Element & emptied = *deletion.element;
             open.pop();
-            children.drop();
+            drop(batch, children);
             if (&emptied != &top) {
-                deleteElement(emptied);
+                deleteElement(batch, emptied);
             }
         } else if (!isExactly<Element>(*item)) {
-            deleteLeaf(item);
+            deleteLeaf(batch, item);
         } else {
             auto & element = static_cast<Element &>(*item);
-            releaseAttributes(attributesOf(element));
+            deleteAttributes(batch, attributesOf(element));
             if (isShallow(element)) {
                 if (DOM::_XMLNode * const text = childrenOf(element).takeOnly()) {
-                    deleteLeaf(text);
+                    deleteLeaf(batch, text);
                 }
-                deleteElement(element);
+                deleteElement(batch, element);
             } else if (!childrenOf(element).isOwner() || !open.push({&element, 0})) {
                 // Where the stack can't grow, the element's destructor goes down one level instead.
-                deleteElement(element);
+                deleteElement(batch, element);
             }
         }
     }
-    childrenOf(top).drop();
+    drop(batch, childrenOf(top));
 }
 
 } // namespace
@@ -182,25 +208,16 @@ DOM::_XMLAttribute * findAttribute(Attributes attributes, WideView name) noexcep
 }
 
 void releaseAttributes(Attributes attributes) noexcept {
-    if (attributes.isNothing()) {
-        return;
-    }
-    std::uint32_t next = 0;
-    while (attributes.listOrNull() == nullptr) {
-        _Object * const item = attributes.takeNext(next);
-        if (item == nullptr) {
-            break;
-        }
-        deleteLeaf(item);
-    }
-    attributes.drop();
+    HeapBatch batch;
+    deleteAttributes(batch, attributes);
 }
 
 void releaseItems(Element & element) noexcept {
+    HeapBatch batch;
     // A node derived elsewhere may have its dying parent make a list anew.
     while (!attributesOf(element).isNothing() || !childrenOf(element).isNothing()) {
-        releaseAttributes(attributesOf(element));
-        releaseChildren(element);
+        deleteAttributes(batch, attributesOf(element));
+        deleteChildren(batch, element);
     }
 }
 

@@ -14,24 +14,25 @@ using namespace literals;
 
 namespace {
 
-void trace(unsigned short int const * event) {
-    if (platform::isDebugListening()) {
-        platform::debugOutput(event);
+/// Whether the two are the same name, which is short as a rule.
+bool isSame(WideView left, WideView right) noexcept {
+    constexpr std::size_t wordUnits = sizeof(std::uint64_t) / sizeof(unsigned short int);
+    constexpr std::size_t mostUnits = 32;
+    auto const wordAt = [](unsigned short int const * units) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, units, sizeof word);
+        return word;
+    };
+    if (left.length != right.length || left.length < wordUnits || left.length > mostUnits) {
+        return left == right;
     }
-}
-
-void trace(WideView event) {
-    if (platform::isDebugListening()) {
-        platform::debugOutput(makeText(event));
+    std::size_t const last = left.length - wordUnits;
+    for (std::size_t index = 0; index < last; index += wordUnits) {
+        if (wordAt(left.data + index) != wordAt(right.data + index)) {
+            return false;
+        }
     }
-}
-
-/// The raw values of the words that are left, as cutting a tag tells them.
-void traceRawValues(WordSplitter words) {
-    AttributeWord attribute;
-    while (nextAttribute(words, attribute)) {
-        trace(attribute.rawValue);
-    }
+    return wordAt(left.data + last) == wordAt(right.data + last);
 }
 
 /// What stands between the `head` units and the `tail` units of a tag.
@@ -64,6 +65,27 @@ bool ArrayPieces::next(Markup & markup) {
         text = entry == nullptr ? _WideString() : entry->get_wideString();
     }
     return false;
+}
+
+inline void TreeBuilder::trace(unsigned short int const * event) {
+    if (platform::isDebugListening()) {
+        batch.settle();
+        platform::debugOutput(event);
+    }
+}
+
+inline void TreeBuilder::trace(WideView event) {
+    if (platform::isDebugListening()) {
+        trace(makeText(event).arg());
+    }
+}
+
+/// The raw values of the words that are left, as cutting a tag tells them.
+void TreeBuilder::traceRawValues(WordSplitter words) {
+    AttributeWord attribute;
+    while (nextAttribute(words, attribute)) {
+        trace(attribute.rawValue);
+    }
 }
 
 TreeBuilder::~TreeBuilder() {
@@ -122,29 +144,39 @@ void TreeBuilder::takeOtherTag(WideView tag) {
 
 /// Closes the innermost open element if that is its name; true when it was the outermost parent.
 bool TreeBuilder::endElement(WideView name, WideView textBefore) {
-    DOM::_XMLElement * const element = current();
-    if (element == nullptr || !(viewOf(NodeAccess::name(*element)) == name)) {
-        return false;
-    }
-    bool const hasChildren = open.isEmpty() ? element->hasChildNodes() : waiting.size() > open.top().firstChild;
-    if (!textBefore.isEmpty() && !hasChildren) {
-        trace(u"DOMText"_w);
-        link(make<DOM::_XMLText>({.name = {}, .value = textBefore}));
-    }
     if (open.isEmpty()) {
-        return true;
+        return endOutermost(name, textBefore);
     }
-    closeElement();
+    if (isSame(viewOf(NodeAccess::name(*open.top().element)), name)) {
+        closeElement(textBefore);
+    }
     return false;
 }
 
-/// Gives the innermost open element its children and links it.
-void TreeBuilder::closeElement() {
+bool TreeBuilder::endOutermost(WideView name, WideView textBefore) {
+    if (outermost == nullptr || !isSame(viewOf(NodeAccess::name(*outermost)), name)) {
+        return false;
+    }
+    if (!textBefore.isEmpty() && !outermost->hasChildNodes()) {
+        trace(u"DOMText"_w);
+        link(make<DOM::_XMLText>({.name = {}, .value = textBefore}));
+    }
+    return true;
+}
+
+/// Gives the innermost open element its children, or its text where there are none, and links it.
+void TreeBuilder::closeElement(WideView textBefore) {
     auto const [element, firstChild] = open.top();
     std::size_t const children = waiting.size() - firstChild;
-    if (children == 1) {
+    if (children == 0) {
+        if (!textBefore.isEmpty()) {
+            trace(u"DOMText"_w);
+            childrenOf(*element).hold(make<DOM::_XMLText>(element, {.name = {}, .value = textBefore}).release());
+            ++count;
+        }
+    } else if (children == 1) {
         childrenOf(*element).hold(waiting.top());
-    } else if (children != 0) {
+    } else {
         NodeRow & row = NodeRow::make(children);
         std::memcpy(row.nodes(), waiting.from(firstChild), children * sizeof(Node *));
         childrenOf(*element).hold(row);
@@ -213,8 +245,7 @@ void TreeBuilder::readAttributes(WordSplitter & words, bool tracesEach) {
 template <typename Owner>
 void TreeBuilder::makeAttributes(Owner & owner) {
     auto const makeOne = [&](AttributeIndex::Entry const & entry) {
-        return NodeAccess::make<DOM::_XMLAttribute>(&document, &owner, {.name = entry.name, .value = entry.value})
-            .release();
+        return make<DOM::_XMLAttribute>(&owner, {.name = entry.name, .value = entry.value}).release();
     };
     if (attributes.size() == 1) {
         attributesOf(owner).hold(makeOne(*attributes.begin()));
@@ -245,7 +276,6 @@ void TreeBuilder::link(std::unique_ptr<Class> node) {
     ++count;
 }
 
-
 template <typename Pieces>
 std::uint32_t TreeBuilder::build(Pieces & pieces) {
     Markup markup;
@@ -255,7 +285,7 @@ std::uint32_t TreeBuilder::build(Pieces & pieces) {
         }
     }
     while (!open.isEmpty()) {
-        closeElement();
+        closeElement({});
     }
     return count;
 }

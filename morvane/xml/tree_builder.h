@@ -95,13 +95,18 @@ private:
     inline bool takeTag(WideView tag, WideView textBefore);
     void takeOtherTag(WideView tag);
     inline bool endElement(WideView name, WideView textBefore);
-    inline void closeElement();
+    bool endOutermost(WideView name, WideView textBefore);
+    inline void closeElement(WideView textBefore);
     inline void takeElement(WideView text, bool isEmptyElement);
     void takeProcessingInstruction(WideView text);
     void readAttributes(WordSplitter & words, bool tracesEach);
     template <typename Class>
     std::unique_ptr<Class> make(NodeTexts const & texts) {
-        return NodeAccess::make<Class>(&document, current(), texts);
+        return make<Class>(current(), texts);
+    }
+    template <typename Class>
+    std::unique_ptr<Class> make(Node * parent, NodeTexts const & texts) {
+        return NodeAccess::make<Class>(batch, &document, parent, texts);
     }
     template <typename Owner>
     void makeAttributes(Owner & owner);
@@ -109,12 +114,17 @@ private:
     void link(std::unique_ptr<Class> node);
     DOM::_XMLElement * current() noexcept { return open.isEmpty() ? outermost : open.top().element; }
 
+    void trace(unsigned short int const * event);
+    void trace(WideView event);
+    void traceRawValues(WordSplitter words);
+
     DOM::_XMLDocument & document;
     DOM::_XMLElement * outermost;
     GrowingStack<OpenElement, 64> open;
     /// Finished nodes of the open elements, those of the innermost behind the others.
     GrowingStack<Node *, 256> waiting;
     AttributeIndex attributes;
+    HeapBatch batch;
     std::uint32_t count = 0;
 };
 
