@@ -1,6 +1,7 @@
 // Where a scan stops: units of a fixed few, many at a look.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -16,35 +17,59 @@ namespace morvane {
 /// Units of one look.
 inline constexpr std::size_t stopsAtOnce = 16;
 
+/// One look at the units of `text`, sixteen of them at least, from `from` on, for stops of several kinds.
+class UnitLook {
+public:
+    UnitLook(WideView text, std::size_t from) noexcept {
+        std::size_t const first = std::min(from, text.length - stopsAtOnce);
+        passed = from - first;
+#ifdef MORVANE_STOPS_SSE2
+        auto const * const eights = reinterpret_cast<__m128i const *>(text.data + first);
+        sixteen = _mm_packs_epi16(_mm_loadu_si128(eights), _mm_loadu_si128(eights + 1));
+#else
+        units = text.data + first;
+#endif
+    }
+
+    /// One bit for each unit that is one of `Stops`, all of which are below 127.
+    template <unsigned short int... Stops>
+    std::uint32_t stops() const noexcept {
+        static_assert(((Stops < 127) && ...));
+#ifdef MORVANE_STOPS_SSE2
+        // As signed bytes the units below 127 stay what they are, and no other one becomes one of them.
+        __m128i hits = _mm_setzero_si128();
+        ((hits = _mm_or_si128(hits, _mm_cmpeq_epi8(sixteen, _mm_set1_epi8(static_cast<char>(Stops))))), ...);
+        return static_cast<std::uint32_t>(_mm_movemask_epi8(hits)) >> passed;
+#else
+        std::uint32_t hits = 0;
+        for (std::size_t index = 0; index < stopsAtOnce; ++index) {
+            hits |= static_cast<std::uint32_t>(((units[index] == Stops) || ...)) << index;
+        }
+        return hits >> passed;
+#endif
+    }
+
+private:
+#ifdef MORVANE_STOPS_SSE2
+    __m128i sixteen;
+#else
+    unsigned short int const * units;
+#endif
+    /// Units of the look that stand in front of `from`.
+    std::size_t passed;
+};
+
 /// One bit, from the lowest, for each of the sixteen units that is one of `Stops`, all of which are below 127.
 template <unsigned short int... Stops>
 inline std::uint32_t stopsOf(unsigned short int const * units) noexcept {
-    static_assert(((Stops < 127) && ...));
-#ifdef MORVANE_STOPS_SSE2
-    // As signed bytes the units below 127 stay what they are, and no other one becomes one of them.
-    auto const * const eights = reinterpret_cast<__m128i const *>(units);
-    __m128i const sixteen = _mm_packs_epi16(_mm_loadu_si128(eights), _mm_loadu_si128(eights + 1));
-    __m128i hits = _mm_setzero_si128();
-    ((hits = _mm_or_si128(hits, _mm_cmpeq_epi8(sixteen, _mm_set1_epi8(static_cast<char>(Stops))))), ...);
-    return static_cast<std::uint32_t>(_mm_movemask_epi8(hits));
-#else
-    std::uint32_t hits = 0;
-    for (std::size_t index = 0; index < stopsAtOnce; ++index) {
-        hits |= static_cast<std::uint32_t>(((units[index] == Stops) || ...)) << index;
-    }
-    return hits;
-#endif
+    return UnitLook({units, stopsAtOnce}, 0).stops<Stops...>();
 }
 
 /// The same for the units of `text` from `from` on, of which there may be fewer.
 template <unsigned short int... Stops>
 inline std::uint32_t stopsFrom(WideView text, std::size_t from) noexcept {
-    if (text.length - from >= stopsAtOnce) {
-        return stopsOf<Stops...>(text.data + from);
-    }
     if (text.length >= stopsAtOnce) {
-        std::size_t const back = text.length - stopsAtOnce;
-        return stopsOf<Stops...>(text.data + back) >> (from - back);
+        return UnitLook(text, from).stops<Stops...>();
     }
     std::uint32_t hits = 0;
     for (std::size_t index = from; index < text.length; ++index) {

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <morvane/strings/text_view.h>
+#include <morvane/strings/unit_stops.h>
 
 namespace morvane {
 
@@ -27,15 +29,8 @@ public:
         }
         skipBlanks();
         std::size_t const begin = place;
-        std::size_t const end = std::min(begin + shortWord, text.length);
-        for (std::size_t index = begin; index < end; ++index) {
-            if (isSpecial(text[index])) {
-                place = isBlank(text[index]) ? index : wordEnd(index);
-                word = text.part(begin, place - begin);
-                return true;
-            }
-        }
-        place = end != text.length ? wordEnd(end) : end;
+        std::size_t const special = firstSpecial(begin);
+        place = special == text.length || isBlank(text[special]) ? special : wordEnd(special);
         word = text.part(begin, place - begin);
         return true;
     }
@@ -56,14 +51,23 @@ public:
     static constexpr bool isBlank(unsigned short int unit) noexcept { return unit == u' ' || unit == u'\t'; }
 
 private:
-    /// Words up to that length are looked at unit by unit.
-    static constexpr std::size_t shortWord = 24;
-
     /// A blank or a quote.
     static constexpr bool isSpecial(unsigned short int unit) noexcept {
         constexpr std::uint64_t special =
             std::uint64_t{1} << u' ' | std::uint64_t{1} << u'\t' | std::uint64_t{1} << u'"' | std::uint64_t{1} << u'\'';
         return unit < 64 && (special >> unit & 1) != 0;
+    }
+    /// The first blank or quote at or after `from`, or what comes behind a look without one, or the length of the text.
+    std::size_t firstSpecial(std::size_t from) const noexcept {
+        if (text.length >= stopsAtOnce && from < text.length) {
+            std::uint32_t const hits = stopsFrom<u' ', u'\t', u'"', u'\''>(text, from);
+            return hits != 0 ? from + static_cast<std::size_t>(std::countr_zero(hits))
+                             : std::min(from + stopsAtOnce, text.length);
+        }
+        while (from < text.length && !isSpecial(text[from])) {
+            ++from;
+        }
+        return from;
     }
     /// The end of a word that has no quote in front of `from`.
     std::size_t wordEnd(std::size_t from) const noexcept;

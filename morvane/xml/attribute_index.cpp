@@ -1,7 +1,6 @@
 #include <morvane/xml/attribute_index.h>
 
 #include <morvane/xml/folded_name.h>
-#include <new>
 
 namespace morvane {
 
@@ -30,14 +29,12 @@ std::size_t hashFolded(WideView name) noexcept {
 
 } // namespace
 
-void AttributeIndex::set(WideView name, WideView value) {
-    if (Entry * const found = entries.isEmpty() ? nullptr : find(name)) {
+void AttributeIndex::setSought(WideView name, WideView value) {
+    if (Entry * const found = find(name)) {
         found->value = value;
         return;
     }
-    if (!entries.push({name, value})) {
-        throw std::bad_alloc();
-    }
+    add(name, value);
     if (entries.size() <= listed) {
         return;
     }

@@ -1,7 +1,9 @@
 // The inside of a tag, cut into its name and attributes.
 #pragma once
 
+#include <bit>
 #include <cstddef>
+#include <cstdint>
 #include <morvane/strings/tag_predicates.h>
 #include <morvane/strings/text_view.h>
 #include <morvane/strings/unit_stops.h>
@@ -23,28 +25,32 @@ struct AttributeWord {
     }
 };
 
-/// The same as the next word, where that is a name without quotes or blanks, "=", and a value between two quotes;
-/// false, with nothing passed but blanks, where it is anything else.
+/// The same as the next word, where that is a short name, "=", and a value between two quotes; false, with nothing
+/// passed but blanks, where it is anything else or the whole text is short.
 inline bool nextPlainAttribute(WordSplitter & words, AttributeWord & attribute) noexcept {
     WideView const text = words.units();
     words.skipBlanks();
     std::size_t const begin = words.position();
-    std::size_t equals = begin;
-    while (equals < text.length && text[equals] != u'=') {
-        if (WordSplitter::isBlank(text[equals]) || isQuote(text[equals])) {
-            return false;
-        }
-        ++equals;
-    }
-    if (text.length - equals < 3 || !isQuote(text[equals + 1])) {
+    if (begin == text.length || text.length < stopsAtOnce) {
         return false;
     }
-    std::size_t const end = findStop<u'"', u'\''>(text, equals + 2) + 1;
-    if (end > text.length || (end < text.length && !WordSplitter::isBlank(text[end]))) {
+    UnitLook const look(text, begin);
+    std::uint32_t const signs = look.stops<u'='>();
+    std::uint32_t const quotes = look.stops<u'"', u'\''>();
+    std::uint32_t const sign = signs & (0U - signs);
+    // The name is in front of the lowest sign, and the sign in front of a quote.
+    if ((quotes & 2 * sign) == 0 || ((quotes | look.stops<u' ', u'\t'>()) & (sign - 1)) != 0) {
         return false;
     }
-    attribute = {text.part(begin, equals - begin), text.part(equals + 1, end - equals - 1)};
-    words.seek(end);
+    std::uint32_t const closing = quotes & (0U - 4 * sign);
+    std::size_t const last = closing != 0 ? begin + static_cast<std::size_t>(std::countr_zero(closing))
+                                          : findStop<u'"', u'\''>(text, begin + stopsAtOnce);
+    if (last >= text.length || (last + 1 < text.length && !WordSplitter::isBlank(text[last + 1]))) {
+        return false;
+    }
+    std::size_t const equals = begin + static_cast<std::size_t>(std::countr_zero(sign));
+    attribute = {text.part(begin, equals - begin), text.part(equals + 1, last - equals)};
+    words.seek(last + 1);
     return true;
 }
 

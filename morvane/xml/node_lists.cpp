@@ -32,8 +32,6 @@ void deleteElement(HeapBatch & batch, Element & element) noexcept {
 void deleteLeaf(HeapBatch & batch, _Object * item) noexcept {
     if (isExactly<DOM::_XMLText>(*item)) {
         NodeAccess::destroy(batch, static_cast<DOM::_XMLText &>(*item));
-    } else if (isExactly<DOM::_XMLAttribute>(*item)) {
-        NodeAccess::destroy(batch, static_cast<DOM::_XMLAttribute &>(*item));
     } else {
         batch.settle();
         delete item;
@@ -59,7 +57,11 @@ void deleteAttributes(HeapBatch & batch, Attributes attributes) noexcept {
         if (item == nullptr) {
             break;
         }
-        deleteLeaf(batch, item);
+        if (isExactly<DOM::_XMLAttribute>(*item)) [[likely]] {
+            NodeAccess::destroy(batch, static_cast<DOM::_XMLAttribute &>(*item));
+        } else {
+            deleteLeaf(batch, item);
+        }
     }
     drop(batch, attributes);
 }

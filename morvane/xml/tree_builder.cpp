@@ -40,6 +40,12 @@ constexpr WideView inside(WideView tag, std::size_t head, std::size_t tail) noex
     return tag.part(head, tag.length - head - tail);
 }
 
+/// The words of that.
+WordSplitter wordsInside(Markup const & markup, std::size_t head, std::size_t tail) noexcept {
+    std::size_t const before = markup.unitsBefore;
+    return {{markup.tag.data - before, before + markup.tag.length - tail}, WordSplitter::Quotes::hold, before + head};
+}
+
 } // namespace
 
 ArrayPieces::ArrayPieces(_WideTagArray const & array, std::uint32_t & start) : tags(array), index(start) {
@@ -59,7 +65,7 @@ bool ArrayPieces::next(Markup & markup) {
         ++index;
         if (entry != nullptr && entry->isTag()) {
             tag = entry->get_wideString();
-            markup = {viewOf(text), viewOf(tag)};
+            markup = {viewOf(text), viewOf(tag), 0};
             return true;
         }
         text = entry == nullptr ? _WideString() : entry->get_wideString();
@@ -98,7 +104,8 @@ TreeBuilder::~TreeBuilder() {
 }
 
 /// Takes one tag with the text directly before it; true when it closed the outermost parent.
-bool TreeBuilder::takeTag(WideView tag, WideView textBefore) {
+bool TreeBuilder::takeTag(Markup const & markup) {
+    WideView const tag = markup.tag;
     if (platform::isDebugListening()) {
         _WideString line;
         line.format(u"Data: %s\r\n"_w, makeText(tag).arg());
@@ -108,23 +115,24 @@ bool TreeBuilder::takeTag(WideView tag, WideView textBefore) {
     if (tag.length > 2 && isTag(tag)) {
         if (tag[1] == u'/') {
             trace(u"DOMElement:TAG_STATUS_ENDING"_w);
-            return endElement(inside(tag, 2, 1), textBefore);
+            return endElement(inside(tag, 2, 1), markup.textBefore);
         }
         if (tag[1] != u'!' && tag[1] != u'?') {
             bool const isEmptyElement = tag[tag.length - 2] == u'/';
             trace(isEmptyElement ? u"TAG_STATUS_EMPTY"_w : u"TAG_STATUS_BEGINNING"_w);
-            takeElement(inside(tag, 1, isEmptyElement ? 2 : 1), isEmptyElement);
+            takeElement(markup, isEmptyElement);
             return false;
         }
     }
-    takeOtherTag(tag);
+    takeOtherTag(markup);
     return false;
 }
 
-void TreeBuilder::takeOtherTag(WideView tag) {
+void TreeBuilder::takeOtherTag(Markup const & markup) {
+    WideView const tag = markup.tag;
     if (isElement(tag, _WideString::TAG_STATUS_EMPTY)) {
         trace(u"TAG_STATUS_EMPTY"_w);
-        takeElement(inside(tag, 1, 2), true);
+        takeElement(markup, true);
     } else if (isCDATASection(tag)) {
         trace(u"XMLCDATASection"_w);
         link(make<DOM::_XMLCDATASection>({.name = {}, .value = inside(tag, 9, 3)}));
@@ -135,10 +143,10 @@ void TreeBuilder::takeOtherTag(WideView tag) {
         trace(u"XMLDocumentType"_w);
     } else if (isProcessingInstruction(tag)) {
         trace(u"DOMProcessingInstruction"_w);
-        takeProcessingInstruction(inside(tag, 2, 2));
+        takeProcessingInstruction(markup);
     } else if (isElement(tag, _WideString::TAG_STATUS_BEGINNING)) {
         trace(u"TAG_STATUS_BEGINNING"_w);
-        takeElement(inside(tag, 1, 1), false);
+        takeElement(markup, false);
     }
 }
 
@@ -186,8 +194,8 @@ void TreeBuilder::closeElement(WideView textBefore) {
     link(std::unique_ptr<DOM::_XMLElement>(element));
 }
 
-void TreeBuilder::takeElement(WideView text, bool isEmptyElement) {
-    WordSplitter words(text, WordSplitter::Quotes::hold);
+void TreeBuilder::takeElement(Markup const & markup, bool isEmptyElement) {
+    WordSplitter words = wordsInside(markup, 1, isEmptyElement ? 2 : 1);
     WideView name;
     words.next(name);
     if (platform::isDebugListening()) {
@@ -196,7 +204,7 @@ void TreeBuilder::takeElement(WideView text, bool isEmptyElement) {
     if (isEmptyElement) {
         trace(name);
     }
-    bool const mayHaveAttributes = words.position() < text.length;
+    bool const mayHaveAttributes = words.position() < words.units().length;
     if (mayHaveAttributes) {
         readAttributes(words, isEmptyElement);
     }
@@ -214,8 +222,8 @@ void TreeBuilder::takeElement(WideView text, bool isEmptyElement) {
     element.release();
 }
 
-void TreeBuilder::takeProcessingInstruction(WideView text) {
-    WordSplitter words(text, WordSplitter::Quotes::hold);
+void TreeBuilder::takeProcessingInstruction(Markup const & markup) {
+    WordSplitter words = wordsInside(markup, 2, 2);
     WideView name;
     words.next(name);
     if (platform::isDebugListening()) {
@@ -233,10 +241,11 @@ void TreeBuilder::readAttributes(WordSplitter & words, bool tracesEach) {
     attributes.clear();
     AttributeWord word;
     while (nextAttribute(words, word)) {
-        attributes.set(word.name, word.value());
+        WideView const value = word.value();
+        attributes.set(word.name, value);
         if (tracesEach) {
             trace(word.name);
-            trace(word.value());
+            trace(value);
         }
     }
 }
@@ -280,7 +289,7 @@ template <typename Pieces>
 std::uint32_t TreeBuilder::build(Pieces & pieces) {
     Markup markup;
     while (pieces.next(markup)) {
-        if (takeTag(markup.tag, markup.textBefore)) {
+        if (takeTag(markup)) {
             return count;
         }
     }

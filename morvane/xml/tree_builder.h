@@ -20,6 +20,8 @@ namespace morvane {
 struct Markup {
     WideView textBefore;
     WideView tag;
+    /// So many units in front of the tag may be read too: a look that reaches behind its end can begin there.
+    std::size_t unitsBefore = 0;
 };
 
 /// The tags of a text as the scanner yields them, uncopied.
@@ -35,7 +37,7 @@ public:
             return false;
         }
         yielded = true;
-        markup = {text.part(former, begin - former), text.part(begin, last - begin + 1)};
+        markup = {text.part(former, begin - former), text.part(begin, last - begin + 1), begin};
         return true;
     }
     /// True when there was a tag.
@@ -92,13 +94,13 @@ private:
         std::size_t firstChild;
     };
 
-    inline bool takeTag(WideView tag, WideView textBefore);
-    void takeOtherTag(WideView tag);
+    inline bool takeTag(Markup const & markup);
+    void takeOtherTag(Markup const & markup);
     inline bool endElement(WideView name, WideView textBefore);
     bool endOutermost(WideView name, WideView textBefore);
     inline void closeElement(WideView textBefore);
-    inline void takeElement(WideView text, bool isEmptyElement);
-    void takeProcessingInstruction(WideView text);
+    inline void takeElement(Markup const & markup, bool isEmptyElement);
+    void takeProcessingInstruction(Markup const & markup);
     void readAttributes(WordSplitter & words, bool tracesEach);
     template <typename Class>
     std::unique_ptr<Class> make(NodeTexts const & texts) {
