@@ -75,8 +75,10 @@ void DebugBatch::append(char const * bytes, std::size_t count) noexcept {
 }
 
 void DebugBatch::handOver() noexcept {
-    writeStandardError(buffer, gathered);
-    gathered = 0;
+    if (gathered != 0) { // the system is not asked for nothing
+        writeStandardError(buffer, gathered);
+        gathered = 0;
+    }
 }
 
 } // namespace morvane::platform

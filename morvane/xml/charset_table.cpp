@@ -38,8 +38,12 @@ WideView charsetName(std::int32_t number) noexcept {
     return {name.units, name.length};
 }
 
-std::uint64_t charsetNameSigns(std::int32_t number) noexcept {
-    return charsetNames[number].signs;
+std::uint32_t charsetsOf(std::uint64_t signs) noexcept {
+    std::uint32_t charsets = 0;
+    for (std::int32_t number = 0; number < charsetLimit; ++number) {
+        charsets |= std::uint32_t{(charsetNames[number].signs & ~signs) == 0} << number;
+    }
+    return charsets;
 }
 
 DataView charsetNameBytes(std::int32_t number) noexcept {

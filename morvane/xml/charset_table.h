@@ -26,7 +26,8 @@ constexpr std::uint64_t signsIn(Text const & text) noexcept {
     return signs;
 }
 
-/// The signs of the name: a text without one of them does not hold the name.
-std::uint64_t charsetNameSigns(std::int32_t number) noexcept;
+/// A bit for each charset, by its number, whose name has no other signs than these: a text that has them and no more
+/// does not hold the other names.
+std::uint32_t charsetsOf(std::uint64_t signs) noexcept;
 
 } // namespace morvane

@@ -1,5 +1,6 @@
 #include <morvane/xml/document_decoding.h>
 
+#include <bit>
 #include <cstdint>
 #include <morvane/core/literals.h>
 #include <morvane/encodings/code_page.h>
@@ -48,20 +49,10 @@ std::vector<Unit> lowered(TextView<Unit> text) {
     return result;
 }
 
-/// The charsets that a declaration names.
 template <typename Unit>
-class DeclaredCharsets {
-public:
-    explicit DeclaredCharsets(TextView<Unit> declaration) noexcept : text(declaration), signs(signsIn(declaration)) {}
-
-    bool has(std::int32_t number) const noexcept {
-        return (charsetNameSigns(number) & ~signs) == 0 && findText(text, charsetNameIn<Unit>(number)) != notFound;
-    }
-
-private:
-    TextView<Unit> text;
-    std::uint64_t signs;
-};
+bool names(TextView<Unit> declaration, std::int32_t number) noexcept {
+    return findText(declaration, charsetNameIn<Unit>(number)) != notFound;
+}
 
 /// The charset of the first declaration in `bytes`, the highest that it names. False without a declaration.
 bool identifyInBytes(DataView bytes, DOM::XMLCharset & charset) {
@@ -69,14 +60,16 @@ bool identifyInBytes(DataView bytes, DOM::XMLCharset & charset) {
     if (!DeclarationFinder<char>(bytes).next(declaration)) {
         return false;
     }
-    std::vector<char> const text = lowered(declaration);
-    DeclaredCharsets<char> const declared({text.data(), text.size()});
+    std::vector<char> const lower = lowered(declaration);
+    DataView const text{lower.data(), lower.size()};
     charset = DOM::charsetUTF8;
-    for (std::int32_t number = charsetLimit - 1; number >= 0; --number) {
-        if (declared.has(number)) {
+    for (std::uint32_t left = charsetsOf(signsIn(text)); left != 0;) {
+        std::int32_t const number = std::bit_width(left) - 1;
+        if (names(text, number)) {
             charset = static_cast<DOM::XMLCharset>(number);
             break;
         }
+        left &= ~(std::uint32_t{1} << number);
     }
     return true;
 }
@@ -91,9 +84,9 @@ DOM::XMLCharset identifyInUnits(WideView units, bool inAnyCase, DOM::XMLCharset 
             text = lowered(declaration);
             declaration = {text.data(), text.size()};
         }
-        DeclaredCharsets<unsigned short int> const declared(declaration);
-        for (std::int32_t number = 0; number < charsetLimit && !declaration.isEmpty(); ++number) {
-            if (declared.has(number)) {
+        for (std::uint32_t left = charsetsOf(signsIn(declaration)); left != 0; left &= left - 1) {
+            std::int32_t const number = std::countr_zero(left);
+            if (names(declaration, number)) {
                 return static_cast<DOM::XMLCharset>(number);
             }
         }
@@ -222,7 +215,7 @@ void EncodedText::moveUnitsTo(_WideString & result) {
 }
 
 bool decodeDocument(EncodedText & source, _WideString & error, DOM::XMLCharset & charset, _WideString & result) {
-    std::uint32_t const start = platform::tickCount();
+    std::uint32_t const start = platform::isDebugListening() ? platform::tickCount() : 0;
     _WideString work;
     switch (source.format()) {
     case _StringUtility::formatUnknown:
