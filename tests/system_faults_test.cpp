@@ -113,6 +113,12 @@ TEST_F(SystemFaults, HaveTheToldAnswersAndLeaveNoFileOpen) {
         });
     }
     close(foreign);
+    FileName const longer = folder.put("longer", std::string(500, 'f'));
+    limited(RLIMIT_FSIZE, 100, [&] {
+        std::string const contents(1000, 'x');
+        EXPECT_TRUE(_StringUtility::saveDataStringToFile(longer, contents.c_str(), _StringUtility::formatANSI));
+        EXPECT_EQ(folder.get("longer"), contents.substr(0, 100)) << "nothing stays of what was there";
+    });
     std::printf("%d loads and saves\n", loadsAndSaves);
 }
 

@@ -3,6 +3,7 @@
 #include <morvane/encodings/text_loading.h>
 #include <morvane/streams/file_stream.h>
 #include <morvane/streams/file_utility.h>
+#include <morvane/streams/whole_file_stream.h>
 #include <morvane/strings/text_storage.h>
 #include <utility>
 
@@ -11,7 +12,6 @@ namespace {
 using namespace morvane;
 
 constexpr std::uint32_t readMode = 0;
-constexpr std::uint32_t createMode = 0xFFFF;
 
 /// Hands out the readings of a text that was loaded at once. False when a heap refused one.
 bool deliver(MarkedBytes const & text, _DataString & data, _WideString & wide) {
@@ -135,7 +135,7 @@ bool _StringUtility::saveWideStringToFile(unsigned short int const * filename, u
         return false;
     }
     WideView const units = viewOf(text);
-    _FileStream stream(filename, createMode);
+    morvane::WholeFileStream stream(filename);
     bool hasMark = false;
     bool isBigEndian = false;
     switch (format) {
@@ -173,7 +173,7 @@ bool _StringUtility::saveDataStringToFile(unsigned short int const * filename, c
         return false;
     }
     DataView const bytes = viewOf(text);
-    _FileStream stream(filename, createMode);
+    morvane::WholeFileStream stream(filename);
     switch (format) {
     case formatANSI:
     case formatASCII:

@@ -6,6 +6,7 @@
 #include <morvane/encodings/utf8_codec.h>
 #include <morvane/streams/file_stream.h>
 #include <morvane/streams/file_utility.h>
+#include <morvane/streams/whole_file_stream.h>
 #include <morvane/strings/unit_search.h>
 #include <utility>
 
@@ -16,7 +17,6 @@ namespace {
 /// The bytes that a mark is looked for in.
 constexpr std::int32_t probeBytes = 3;
 constexpr std::uint32_t readMode = 0;
-constexpr std::uint32_t createMode = 0xFFFF;
 
 /// True when units in memory have the other byte order.
 constexpr bool mustSwap(bool isBigEndian) noexcept {
@@ -160,7 +160,7 @@ void saveUtf8File(unsigned short int const * filename, WideView text) {
     constexpr std::size_t pieceUnits = 0x4000;
     constexpr std::size_t markBytes = 3;
     char block[markBytes + pieceUnits * 3] = {'\xEF', '\xBB', '\xBF'};
-    _FileStream stream(filename, createMode);
+    WholeFileStream stream(filename);
     std::size_t used = markBytes;
     std::size_t index = 0;
     bool isEnd = false;

@@ -20,6 +20,7 @@ enum FileUse : std::uint32_t {
 enum class FileDisposition : std::uint32_t {
     openExisting, ///< fails where there is no such file
     createAlways, ///< makes the file, or cuts an existing one to nothing once the open is admitted
+    createWhole,  ///< the same, but that an existing file keeps what it holds until it is written over or cut
 };
 
 enum FileAttribute : std::int32_t {

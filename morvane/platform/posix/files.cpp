@@ -167,7 +167,7 @@ std::int32_t openFile(unsigned short int const * name, FileUse access, FileUse s
     if (path.bytes() == nullptr) {
         return -1;
     }
-    bool const creates = disposition == FileDisposition::createAlways;
+    bool const creates = disposition != FileDisposition::openExisting;
     int const flags = (access == fileUseReadWrite ? O_RDWR
                        : access == fileUseWrite   ? O_WRONLY
                                                   : O_RDONLY)
@@ -195,7 +195,8 @@ std::int32_t openFile(unsigned short int const * name, FileUse access, FileUse s
     if (!enterOpenFile(file.get(), status, access, sharing)) {
         return -1;
     }
-    if (creates && uninterrupted([&] { return ::ftruncate(file.get(), 0); }) != 0) {
+    bool const cuts = disposition == FileDisposition::createAlways;
+    if (cuts && uninterrupted([&] { return ::ftruncate(file.get(), 0); }) != 0) {
         int const error = errno;
         leaveOpenFile(file.get());
         errno = error;
