@@ -58,6 +58,13 @@ unsigned searchUpper(unsigned short int const * search, unsigned short int unit)
 #endif
 }
 
+/// Encodes units into a page in which every byte stands for its own value.
+void encodeIdentity(unsigned short int const * units, std::size_t count, char * __restrict target) noexcept {
+    for (std::size_t index = 0; index < count; ++index) {
+        target[index] = static_cast<char>(units[index] < 0x100 ? units[index] : unknownByte);
+    }
+}
+
 /// The byte of a unit from 0xA0 on, whose stretch becomes the recent one.
 unsigned char encodeUpper(CodePage const & page, unsigned short int unit, Stretches & stretches) noexcept {
     if (!stretches.recent.has(unit)) {
@@ -167,6 +174,10 @@ void decode(CodePage const & page, DataView text, unsigned short int * target) n
 }
 
 void encode(CodePage const & page, WideView text, char * target) noexcept {
+    if (page.isIdentity) {
+        encodeIdentity(text.data, text.length, target);
+        return;
+    }
     Stretches stretches;
     std::size_t index = 0;
     while (index < text.length) {

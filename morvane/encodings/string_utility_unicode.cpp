@@ -6,6 +6,15 @@
 using namespace morvane;
 using namespace morvane::literals;
 
+namespace {
+
+_StringUtility::StringUtilError tellFault(utf8::Reading const & reading, char const * source, _WideString & message) {
+    utf8::describeFault(reading, unitLength(source), message);
+    return _StringUtility::utilErrorConversion;
+}
+
+} // namespace
+
 _StringUtility::StringUtilError _StringUtility::convertUTF8StringToWideString(char const * source,
                                                                               unsigned short int * target,
                                                                               _WideString & message,
@@ -19,8 +28,7 @@ _StringUtility::StringUtilError _StringUtility::convertUTF8StringToWideString(ch
     if (reading.fault == utf8::Fault::none) {
         return utilErrorNone;
     }
-    utf8::describeFault(reading, unitLength(source), message);
-    return utilErrorConversion;
+    return tellFault(reading, source, message);
 }
 
 bool _StringUtility::convertWideStringToUTF8String(unsigned short int const * source, char * target,

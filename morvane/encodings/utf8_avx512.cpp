@@ -124,13 +124,18 @@ MORVANE_AVX512 inline std::size_t passAscii(char const * source, unsigned short 
             at += count;
             break;
         }
-        // From the next block on the loads are aligned.
-        std::size_t const passed = blockBytes - reinterpret_cast<std::uintptr_t>(at) % blockBytes;
+        // From the next block on the loads are aligned; but a text may end here.
+        bool const isWhole = at[blockBytes] == 0;
+        std::size_t const passed =
+            isWhole ? blockBytes : blockBytes - reinterpret_cast<std::uintptr_t>(at) % blockBytes;
         if constexpr (hasTarget) {
             widenBlock(at, target);
             target += passed;
         }
         at += passed;
+        if (isWhole) {
+            break;
+        }
         if constexpr (!hasTarget) {
             while (reinterpret_cast<std::uintptr_t>(at) % (4 * blockBytes) == 0 && areAscii(at)) {
                 at += 4 * blockBytes;
@@ -264,6 +269,21 @@ MORVANE_AVX512 inline void narrowBlock(unsigned short int const * source, char *
     _mm256_storeu_si256(reinterpret_cast<__m256i *>(target), _mm512_cvtepi16_epi8(_mm512_loadu_si512(source)));
 }
 
+/// 64 units as bytes, their groups of eight out of order: ASCII is what it was, zero and units of 0x8000 and above
+/// become 0, and the others 0x80 or above.
+MORVANE_AVX512 inline __m512i packed(unsigned short int const * units) noexcept {
+    return _mm512_packus_epi16(_mm512_loadu_si512(units), _mm512_loadu_si512(units + stepUnits));
+}
+
+/// True when all that was packed is ASCII and none of it is zero.
+MORVANE_AVX512 inline bool werePlain(__m512i first, __m512i second) noexcept {
+    return _mm512_cmple_epi8_mask(_mm512_min_epi8(first, second), _mm512_setzero_si512()) == 0;
+}
+
+MORVANE_AVX512 inline void storeOrdered(char * target, __m512i bytes) noexcept {
+    _mm512_storeu_si512(target, _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), bytes));
+}
+
 /// The ASCII units in front of the first other one or of the zero, and their narrowing where there is a target.
 template <bool hasTarget>
 MORVANE_AVX512 inline std::size_t passAscii(unsigned short int const * source, char * target) noexcept {
@@ -285,10 +305,16 @@ MORVANE_AVX512 inline std::size_t passAscii(unsigned short int const * source, c
             target += passed;
         }
         at += passed;
-        while (reinterpret_cast<std::uintptr_t>(at) % (4 * blockBytes) == 0 && areAscii<4>(at)) {
-            for (std::size_t step = 0; hasTarget && step < 4; ++step) {
-                narrowBlock(at + step * stepUnits, target);
-                target += stepUnits;
+        while (reinterpret_cast<std::uintptr_t>(at) % (4 * blockBytes) == 0) {
+            __m512i const first = packed(at);
+            __m512i const second = packed(at + 2 * stepUnits);
+            if (!werePlain(first, second)) {
+                break;
+            }
+            if constexpr (hasTarget) {
+                storeOrdered(target, first);
+                storeOrdered(target + 2 * stepUnits, second);
+                target += 4 * stepUnits;
             }
             at += 4 * stepUnits;
         }

@@ -107,17 +107,12 @@ bool beginsWithAscii([[maybe_unused]] Kernel kernel, [[maybe_unused]] Unit const
 #endif
 }
 
+/// Reads what comes behind the first bytes, which are ASCII.
 template <bool hasTarget>
-Reading readClosed(Kernel kernel, char const * source, unsigned short int * target) noexcept {
-    Reading reading;
-#if MORVANE_HAS_KERNELS
-    if (beginsWithAscii(kernel, source)) {
-        reading.index = hasTarget ? widenAsciiAvx512(source, target) : countAsciiAvx512(source);
-        reading.units = reading.index;
-    }
-#endif
-    std::size_t length = reading.index;
-    bool isEnd = source[length] == 0;
+Reading readBehind(std::size_t ascii, Kernel kernel, char const * source, unsigned short int * target) noexcept {
+    Reading reading{.units = ascii, .index = ascii};
+    std::size_t length = ascii;
+    bool isEnd = false;
     while (!isEnd && reading.fault == Fault::none) {
         std::size_t const more = unitLength(source + length, measuredStretch);
         length += more;
@@ -126,6 +121,20 @@ Reading readClosed(Kernel kernel, char const * source, unsigned short int * targ
         read<hasTarget>(kernel, {source, length}, isEnd ? length : length - 2, target, reading);
     }
     return reading;
+}
+
+template <bool hasTarget>
+Reading readClosed(Kernel kernel, char const * source, unsigned short int * target) noexcept {
+    std::size_t ascii = 0;
+#if MORVANE_HAS_KERNELS
+    if (beginsWithAscii(kernel, source)) {
+        ascii = hasTarget ? widenAsciiAvx512(source, target) : countAsciiAvx512(source);
+    }
+#endif
+    if (source[ascii] == 0) {
+        return {.units = ascii, .index = ascii};
+    }
+    return readBehind<hasTarget>(ascii, kernel, source, target);
 }
 
 /// Hands a zero-closed text over stretch by stretch and gives the sum of what `work` makes of each.
