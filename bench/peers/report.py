@@ -131,7 +131,8 @@ def main():
         f"- Compiler and flags: {compiler}; {arguments.flags}",
         f"- Versions: {', '.join(versions)}",
         f"- Method: contestants take turns in one process; each figure is the median of {rounds} rounds. The first column is what Morvane"
-        " does; the others are ratios, *time of the peer / time of Morvane*: above 1, Morvane is ahead. The debug channel has no listener.",
+        " does; the others are ratios, *time of the peer / time of Morvane*: above 1, Morvane is ahead. The debug channel has no listener."
+        " Files are saved over those of the save before: Morvane writes over what is there and cuts the rest off, the others first cut the file to nothing.",
         "",
     ]
     if "XML document" in figures:
