@@ -346,11 +346,40 @@ MORVANE_AVX512 std::size_t countBytesAvx512(WideView source) noexcept {
     return bytes;
 }
 
+namespace {
+
+/// Stores the first `size` bytes; others may be written behind them where there is room.
+MORVANE_AVX512 inline void storeBytes(char * target, __m512i bytes, std::size_t size, bool isRoomy) noexcept {
+    if (isRoomy) {
+        _mm512_storeu_si512(target, bytes);
+    } else {
+        _mm512_mask_storeu_epi8(target, lowBits(size), bytes);
+    }
+}
+
+/// Encodes the units that are present, all of them below 0x800, and gives their bytes.
+MORVANE_AVX512 inline std::size_t encodeShort(__m512i units, __mmask32 present, __mmask32 notAscii, char * target,
+                                              bool isRoomy) noexcept {
+    __m512i const low = _mm512_and_si512(units, _mm512_set1_epi16(0x3F));
+    __m512i const pairs = _mm512_or_si512(_mm512_or_si512(_mm512_srli_epi16(units, 6), _mm512_slli_epi16(low, 8)),
+                                          _mm512_set1_epi16(static_cast<short>(0x80C0)));
+    __m512i const bytes = _mm512_mask_mov_epi16(units, notAscii, pairs);
+    // The first byte of every unit, the second of those of two.
+    std::uint64_t const kept = _pdep_u64(present, 0x5555555555555555) | _pdep_u64(notAscii, 0xAAAAAAAAAAAAAAAA);
+    std::size_t const size = countBits(kept);
+    storeBytes(target, _mm512_maskz_compress_epi8(kept, bytes), size, isRoomy);
+    return size;
+}
+
+} // namespace
+
 MORVANE_AVX512 std::size_t encodeAvx512(WideView source, char * target) noexcept {
     char * end = target;
     for (std::size_t index = 0; index < source.length; index += stepUnits) {
         std::size_t const count = std::min(source.length - index, stepUnits);
         auto const present = static_cast<__mmask32>(lowBits(count));
+        // As many bytes as there are units behind these come behind theirs.
+        bool const isRoomy = source.length - index >= 3 * stepUnits;
         __m512i const units = _mm512_maskz_loadu_epi16(present, source.data + index);
         __mmask32 const notAscii = _mm512_cmpgt_epu16_mask(units, _mm512_set1_epi16(0x7F));
         if (notAscii == 0) {
@@ -365,21 +394,18 @@ MORVANE_AVX512 std::size_t encodeAvx512(WideView source, char * target) noexcept
             }
             continue;
         }
-        __m512i const low = _mm512_set1_epi16(0x3F);
-        if (_mm512_cmpgt_epu16_mask(units, _mm512_set1_epi16(0x7FF)) == 0) {
-            __m512i const pairs = _mm512_or_si512(
-                _mm512_or_si512(_mm512_srli_epi16(units, 6), _mm512_slli_epi16(_mm512_and_si512(units, low), 8)),
-                _mm512_set1_epi16(static_cast<short>(0x80C0)));
-            __m512i const bytes = _mm512_mask_mov_epi16(units, notAscii, pairs);
-            // The first byte of every unit, the second of those of two.
-            std::uint64_t const kept = _pdep_u64(present, 0x5555555555555555) | _pdep_u64(notAscii, 0xAAAAAAAAAAAAAAAA);
-            std::size_t const size = countBits(kept);
-            _mm512_mask_storeu_epi8(end, lowBits(size), _mm512_maskz_compress_epi8(kept, bytes));
-            end += size;
+        __mmask32 const areLong = _mm512_cmpgt_epu16_mask(units, _mm512_set1_epi16(0x7FF));
+        if (areLong == 0) {
+            end += encodeShort(units, present, notAscii, end, isRoomy);
             continue;
         }
         for (std::size_t half = 0; half < count; half += stepUnits / 2) {
             auto const halfPresent = static_cast<__mmask16>(present >> half);
+            if (static_cast<__mmask16>(areLong >> half) == 0) {
+                __m512i const part = half == 0 ? units : _mm512_zextsi256_si512(_mm512_extracti64x4_epi64(units, 1));
+                end += encodeShort(part, halfPresent, static_cast<__mmask16>(notAscii >> half), end, isRoomy);
+                continue;
+            }
             __m512i const value =
                 _mm512_cvtepu16_epi32(half == 0 ? _mm512_castsi512_si256(units) : _mm512_extracti64x4_epi64(units, 1));
             __mmask16 const isHigh = _mm512_cmpgt_epu32_mask(value, _mm512_set1_epi32(0x7F));
@@ -397,7 +423,7 @@ MORVANE_AVX512 std::size_t encodeAvx512(WideView source, char * target) noexcept
             keep = _mm512_mask_or_epi32(keep, isLong, keep, _mm512_set1_epi32(0xFF));
             __mmask64 const kept = _mm512_movepi8_mask(keep);
             std::size_t const size = countBits(kept);
-            _mm512_mask_storeu_epi8(end, lowBits(size), _mm512_maskz_compress_epi8(kept, bytes));
+            storeBytes(end, _mm512_maskz_compress_epi8(kept, bytes), size, isRoomy);
             end += size;
         }
     }
