@@ -34,13 +34,12 @@ public:
             std::size_t const first = platform::laidBytes(objectBytes);
             std::size_t const second = first + platform::laidBytes(firstBytes);
             std::size_t const all = second + platform::laidBytes(secondBytes);
-            if (gap->fits(all)) [[likely]] {
-                char * const laid = gap->lay(all);
+            if (char * const laid = gap->fits(all) ? gap->lay(all) : laySlowly(all)) [[likely]] {
                 taken += 2;
                 return {laid, laid + first, laid + second};
             }
         }
-        return takeSlowly(objectBytes, firstBytes, secondBytes);
+        return takeApart(objectBytes, firstBytes, secondBytes);
     }
     /// Takes all three back; none is null.
     void giveBack(void * object, void * first, void * second) noexcept {
@@ -57,7 +56,8 @@ public:
     }
 
 private:
-    Blocks takeSlowly(std::size_t objectBytes, std::size_t firstBytes, std::size_t secondBytes) noexcept;
+    static char * laySlowly(std::size_t bytes) noexcept;
+    Blocks takeApart(std::size_t objectBytes, std::size_t firstBytes, std::size_t secondBytes) noexcept;
     void settleCounts() noexcept;
 
     /// Where the heap of this thread lays blocks.

@@ -92,19 +92,16 @@ morvane::HeapBatch::HeapBatch() noexcept {
     gap = globalProcessMemory != nullptr ? platform::heapGap() : &none;
 }
 
-morvane::HeapBatch::Blocks morvane::HeapBatch::takeSlowly(std::size_t objectBytes, std::size_t firstBytes,
-                                                          std::size_t secondBytes) noexcept {
+char * morvane::HeapBatch::laySlowly(std::size_t bytes) noexcept {
+    return static_cast<char *>(globalProcessMemory != nullptr ? platform::heapLay(bytes) : nullptr);
+}
+
+morvane::HeapBatch::Blocks morvane::HeapBatch::takeApart(std::size_t objectBytes, std::size_t firstBytes,
+                                                         std::size_t secondBytes) noexcept {
     if (globalProcessMemory == nullptr || std::max(firstBytes, secondBytes) > UINT32_MAX) {
         return {};
     }
     taken += 2;
-    if (std::max(firstBytes, secondBytes) < platform::laidBytesLimit) {
-        std::size_t const first = platform::laidBytes(objectBytes);
-        std::size_t const second = first + platform::laidBytes(firstBytes);
-        if (auto * const laid = static_cast<char *>(platform::heapLay(second + platform::laidBytes(secondBytes)))) {
-            return {laid, laid + first, laid + second};
-        }
-    }
     Blocks const blocks{platform::heapAllocate(objectBytes, false), platform::heapAllocate(firstBytes, false),
                         platform::heapAllocate(secondBytes, false)};
     if (blocks.object != nullptr && blocks.first != nullptr && blocks.second != nullptr) {

@@ -255,14 +255,9 @@ MORVANE_AVX512 inline __mmask32 othersIn(__m512i units) noexcept {
     return _mm512_cmpge_epu16_mask(units, _mm512_set1_epi16(0x7F));
 }
 
-/// True when `steps` times 32 units are all ASCII and none of them is zero.
-template <std::size_t steps>
+/// True when 64 units are all ASCII and none of them is zero.
 MORVANE_AVX512 inline bool areAscii(unsigned short int const * units) noexcept {
-    __m512i highest = lowered(units);
-    for (std::size_t step = 1; step < steps; ++step) {
-        highest = _mm512_max_epu16(highest, lowered(units + step * stepUnits));
-    }
-    return othersIn(highest) == 0;
+    return othersIn(_mm512_max_epu16(lowered(units), lowered(units + stepUnits))) == 0;
 }
 
 MORVANE_AVX512 inline void narrowBlock(unsigned short int const * source, char * target) noexcept {
@@ -335,7 +330,7 @@ MORVANE_AVX512 std::size_t narrowAsciiAvx512(unsigned short int const * source, 
 MORVANE_AVX512 std::size_t countBytesAvx512(WideView source) noexcept {
     std::size_t bytes = source.length;
     for (std::size_t index = 0; index < source.length; index += stepUnits) {
-        while (source.length - index >= 2 * stepUnits && areAscii<2>(source.data + index)) {
+        while (source.length - index >= 2 * stepUnits && areAscii(source.data + index)) {
             index += 2 * stepUnits;
         }
         auto const present = static_cast<__mmask32>(lowBits(std::min(source.length - index, stepUnits)));
@@ -385,7 +380,7 @@ MORVANE_AVX512 std::size_t encodeAvx512(WideView source, char * target) noexcept
         if (notAscii == 0) {
             _mm256_mask_storeu_epi8(end, present, _mm512_cvtepi16_epi8(units));
             end += count;
-            for (; source.length - index >= 3 * stepUnits && areAscii<2>(source.data + index + stepUnits);
+            for (; source.length - index >= 3 * stepUnits && areAscii(source.data + index + stepUnits);
                  index += 2 * stepUnits) {
                 auto const * const next = source.data + index + stepUnits;
                 narrowBlock(next, end);

@@ -28,7 +28,7 @@ constexpr std::size_t laidBytes(std::size_t bytes) noexcept {
     return (bytes + laidStep - 1) / laidStep * laidStep;
 }
 
-/// Where the calling thread lays blocks; never null, the same as long as the thread lives.
+/// Where the calling thread lays blocks; never null. One without room stands in while the system refuses it a heap.
 LaidGap * heapGap() noexcept;
 
 /// Room for three blocks where the gap has not enough, uncleared, each of which is the caller's as if it were from

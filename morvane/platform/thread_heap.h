@@ -254,7 +254,7 @@ inline void segmentFree(void * block) noexcept {
 /// Does what is due with the page, of which few blocks are in use, and forgets it.
 void segmentLookAt(LaidPage & last) noexcept;
 
-/// The next function's work where the blocks are not those of the last page.
+/// What `segmentFreeThree` does with blocks that are not all in the last page.
 void segmentFreeElsewhere(void * first, void * second, void * third, LaidPage & last) noexcept;
 
 /// Takes back three blocks, none of them null. Those behind the first of what was laid in one go may have been replaced

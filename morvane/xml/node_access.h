@@ -1,7 +1,6 @@
 // How the parts of the document model reach into its nodes.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <memory>
